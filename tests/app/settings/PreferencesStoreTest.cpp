@@ -1,0 +1,5 @@
+#include "app/settings/PreferencesStore.h"
+
+#include <gtest/gtest.h>
+
+TEST(Smoke, Builds) { SUCCEED(); }
