@@ -8,12 +8,12 @@ run_packages=(
   cmake ninja-build g++ pkg-config
   qt6-base-dev libgl-dev libegl-dev
   libsqlite3-dev nlohmann-json3-dev libpulse-dev
-  procps unzip dbus
+  procps unzip dbus hwdata
 )
 test_packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   python3 python3-dbusmock python3-dbus python3-gi dbus-daemon
-  curl zip sqlite3 iproute2
+  curl zip sqlite3 iproute2 wrk
 )
 
 packages=("${run_packages[@]}")
