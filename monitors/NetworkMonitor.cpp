@@ -1,0 +1,159 @@
+#include "monitors/NetworkMonitor.h"
+
+#include "app/core/Detached.h"
+#include "app/core/Property.h"
+#include "monitors/NetworkFlowSource.h"
+#include "monitors/NetworkFlows.h"
+#include "monitors/NetworkInterfaceCounters.h"
+#include "monitors/NetworkReverseLookup.h"
+
+#include <QThread>
+
+#include <cmath>
+#include <memory>
+
+namespace tallowmere {
+
+namespace {
+
+constexpr std::chrono::milliseconds kThroughputPeriod{1000};
+
+std::chrono::milliseconds toPeriod(double seconds)
+{
+    return std::chrono::milliseconds(std::llround(std::max(seconds, 0.0) * 1000.0));
+}
+
+// Name lookups may wait seconds on a slow resolver; they get threads of their own so they
+// never hold up the flow samples on the shared detached pool.
+QThreadPool& lookupPool()
+{
+    static QThreadPool pool;
+    static const bool configured = [] {
+        pool.setThreadPriority(QThread::IdlePriority);
+        pool.setMaxThreadCount(4);
+        pool.setExpiryTimeout(30'000);
+        return true;
+    }();
+    (void)configured;
+    return pool;
+}
+
+std::uint64_t grownBy(std::uint64_t now, std::uint64_t before)
+{
+    return now >= before ? now - before : 0;
+}
+
+} // namespace
+
+NetworkMonitorSources NetworkMonitorSources::system(const std::string& procRoot)
+{
+    auto counters = std::make_shared<NetworkInterfaceCounters>(procRoot);
+    auto flows = std::make_shared<NetworkFlowSource>(procRoot);
+    NetworkMonitorSources sources;
+    sources.interfaceBytes = [counters] { return counters->read(); };
+    sources.flows = [flows] { return flows->sample(); };
+    sources.reverseLookup = [](const QString& ip) { return tallowmere::reverseLookup(ip); };
+    return sources;
+}
+
+NetworkMonitor::NetworkMonitor(NetworkMonitorSources sources, QObject* parent)
+    : QObject(parent)
+    , sources_(std::move(sources))
+{
+}
+
+NetworkMonitor::~NetworkMonitor() = default;
+
+void NetworkMonitor::setPerAppInterval(double seconds)
+{
+    perAppInterval_ = seconds;
+    if (LoopTask* task = perAppTask_.task())
+        task->setPeriod(toPeriod(seconds));
+}
+
+void NetworkMonitor::startThroughput()
+{
+    throughputTask_.startIfEmpty(kThroughputPeriod, [this] { runThroughputCycle(); });
+}
+
+void NetworkMonitor::stopThroughput()
+{
+    throughputTask_.stop();
+    previousInterfaceBytes_.reset();
+}
+
+void NetworkMonitor::startPerApp()
+{
+    perAppTask_.startAsyncIfEmpty(toPeriod(perAppInterval_), [this](LoopTask::Done done) { runPerAppCycle(std::move(done)); });
+}
+
+void NetworkMonitor::stopPerApp()
+{
+    perAppTask_.stop();
+    ++perAppRun_;
+    previousFlowBytes_.clear();
+}
+
+void NetworkMonitor::runThroughputCycle()
+{
+    const ByteCounts now = sources_.interfaceBytes();
+    if (!previousInterfaceBytes_) {
+        previousInterfaceBytes_ = now;
+        return;
+    }
+    // The loop sleeps one second, so the deltas are the rates.
+    const std::uint64_t in = grownBy(now.inBytes, previousInterfaceBytes_->inBytes);
+    const std::uint64_t out = grownBy(now.outBytes, previousInterfaceBytes_->outBytes);
+    assignProperty(this, downloadRate_, static_cast<double>(in), &NetworkMonitor::downloadRateChanged);
+    assignProperty(this, uploadRate_, static_cast<double>(out), &NetworkMonitor::uploadRateChanged);
+    assignProperty(this, sessionDownload_, sessionDownload_ + in, &NetworkMonitor::sessionDownloadChanged);
+    assignProperty(this, sessionUpload_, sessionUpload_ + out, &NetworkMonitor::sessionUploadChanged);
+    replaceProperty(this, history_, appendedHistory(history_, downloadRate_, uploadRate_),
+                    &NetworkMonitor::historyChanged);
+    previousInterfaceBytes_ = now;
+}
+
+void NetworkMonitor::runPerAppCycle(LoopTask::Done done)
+{
+    using Sample = std::pair<FlowTable, std::chrono::system_clock::time_point>;
+    runDetached(
+        this,
+        [flows = sources_.flows, clock = sources_.clock] {
+            FlowTable table = flows();
+            return Sample{std::move(table), clock()};
+        },
+        [this, run = perAppRun_, done = std::move(done)](Sample sample) {
+            if (run == perAppRun_)
+                processFlows(sample.first, sample.second);
+            done();
+        });
+}
+
+void NetworkMonitor::processFlows(const FlowTable& flows, std::chrono::system_clock::time_point timestamp)
+{
+    // A failed or empty sample keeps the old baseline, so the next good one covers both rounds.
+    if (flows.empty())
+        return;
+    FlowRound round = computeFlowRound(previousFlowBytes_, flows, dnsCache_);
+    for (const QString& ip : round.addressesWithTraffic)
+        resolveHost(ip);
+    previousFlowBytes_ = flows;
+    if (!round.deltas.empty() && onFlowDeltas_)
+        onFlowDeltas_(round.deltas, timestamp);
+}
+
+void NetworkMonitor::resolveHost(const QString& ip)
+{
+    if (ip.isEmpty() || dnsCache_.contains(ip) || dnsInFlight_.contains(ip) || !sources_.reverseLookup)
+        return;
+    dnsInFlight_.insert(ip);
+    QtConcurrent::run(&lookupPool(), [lookup = sources_.reverseLookup, ip] { return lookup(ip); })
+        .then(this, [this, ip](std::optional<QString> name) {
+            // A failed lookup caches the address itself, so it is never asked again.
+            dnsCache_.insert(ip, name.value_or(ip));
+            dnsInFlight_.remove(ip);
+            emit hostNameResolved(ip);
+        });
+}
+
+} // namespace tallowmere

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "monitors/MonitorCommon.h"
+#include "monitors/NetworkTypes.h"
+
+#include <QHash>
+#include <QList>
+#include <QObject>
+#include <QSet>
+#include <QString>
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace tallowmere {
+
+// Where the monitor's figures come from. The system sources read this machine; tests hand in
+// their own counters, flow tables, name lookups and clock.
+struct NetworkMonitorSources {
+    // Cumulative received/sent bytes of all non-loopback interfaces; main thread, once a second.
+    std::function<ByteCounts()> interfaceBytes;
+    // Cumulative per-connection counters; blocking, called from worker threads one at a time.
+    std::function<FlowTable()> flows;
+    // Host name of an address; blocking, called from worker threads.
+    std::function<std::optional<QString>(const QString&)> reverseLookup;
+    WallClock clock = systemNow;
+
+    static NetworkMonitorSources system(const std::string& procRoot = "/proc");
+};
+
+// Machine-wide throughput once a second, and per-application traffic to each remote address
+// in a slower loop whose deltas go to whoever set onFlowDeltas. Which loops run is decided by
+// the owning service; all state lives on the main thread.
+class NetworkMonitor : public QObject {
+    Q_OBJECT
+public:
+    static constexpr double kDefaultPerAppInterval = 2.0;
+
+    explicit NetworkMonitor(NetworkMonitorSources sources = NetworkMonitorSources::system(),
+                            QObject* parent = nullptr);
+    ~NetworkMonitor() override;
+
+    // Published figures: rates in bytes per second, totals since the monitor was created.
+    double downloadRate() const { return downloadRate_; }
+    double uploadRate() const { return uploadRate_; }
+    quint64 sessionDownload() const { return sessionDownload_; }
+    quint64 sessionUpload() const { return sessionUpload_; }
+    const QList<NetworkHistoryPoint>& history() const { return history_; }
+
+    void setOnFlowDeltas(FlowDeltasHandler handler) { onFlowDeltas_ = std::move(handler); }
+
+    // Seconds between per-application rounds; a running loop uses a new value from its next sleep.
+    double perAppInterval() const { return perAppInterval_; }
+    void setPerAppInterval(double seconds);
+
+    // Starting a running loop does nothing. Stopping the throughput loop forgets the interface
+    // baseline, stopping the per-app loop forgets the connection baseline; published figures stay.
+    void startThroughput();
+    void stopThroughput();
+    bool isThroughputRunning() const { return !throughputTask_.isEmpty(); }
+    void startPerApp();
+    void stopPerApp();
+    bool isPerAppRunning() const { return !perAppTask_.isEmpty(); }
+
+    // One throughput round and one per-app round, as the loops run them.
+    void runThroughputCycle();
+    void processFlows(const FlowTable& flows, std::chrono::system_clock::time_point timestamp);
+
+    // Looks the address's host name up in the background unless known or under way.
+    void resolveHost(const QString& ip);
+    const QHash<QString, QString>& hostNames() const { return dnsCache_; }
+    bool isResolving(const QString& ip) const { return dnsInFlight_.contains(ip); }
+
+signals:
+    void downloadRateChanged();
+    void uploadRateChanged();
+    void sessionDownloadChanged();
+    void sessionUploadChanged();
+    void historyChanged();
+    // A reverse lookup finished and its answer is in hostNames().
+    void hostNameResolved(const QString& ip);
+
+private:
+    void runPerAppCycle(LoopTask::Done done);
+
+    NetworkMonitorSources sources_;
+    double downloadRate_ = 0;
+    double uploadRate_ = 0;
+    quint64 sessionDownload_ = 0;
+    quint64 sessionUpload_ = 0;
+    QList<NetworkHistoryPoint> history_;
+    FlowDeltasHandler onFlowDeltas_;
+    double perAppInterval_ = kDefaultPerAppInterval;
+    LoopSlot throughputTask_;
+    LoopSlot perAppTask_;
+    // Bumped on every stop, so a sample still in flight from an earlier run is not applied.
+    quint64 perAppRun_ = 0;
+    std::optional<ByteCounts> previousInterfaceBytes_;
+    FlowTable previousFlowBytes_;
+    QHash<QString, QString> dnsCache_;
+    QSet<QString> dnsInFlight_;
+};
+
+} // namespace tallowmere

@@ -1,0 +1,153 @@
+#include "monitors/NetworkSocketOwners.h"
+
+#include "monitors/ProcFiles.h"
+#include "monitors/TextScan.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <memory>
+
+namespace tallowmere {
+
+namespace {
+
+struct DirCloser {
+    void operator()(DIR* dir) const { ::closedir(dir); }
+};
+using DirHandle = std::unique_ptr<DIR, DirCloser>;
+
+// The directory stream owns the descriptor from fdopendir on and closes it with itself.
+DirHandle openDirectoryAt(int dirFd, const char* path)
+{
+    const int fd = ::openat(dirFd, path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return {};
+    DIR* dir = ::fdopendir(fd);
+    if (!dir) {
+        ::close(fd);
+        return {};
+    }
+    return DirHandle(dir);
+}
+
+std::optional<int> pidOfName(const char* name)
+{
+    const auto value = parseDecimal(name);
+    if (!value || *value == 0 || *value > 0x3fffffff)
+        return std::nullopt;
+    return static_cast<int>(*value);
+}
+
+} // namespace
+
+std::uint64_t socketInodeOfLink(std::string_view link)
+{
+    constexpr std::string_view prefix = "socket:[";
+    if (!link.starts_with(prefix) || !link.ends_with(']'))
+        return 0;
+    return parseDecimal(link.substr(prefix.size(), link.size() - prefix.size() - 1)).value_or(0);
+}
+
+QString processLabel(std::string_view comm, int pid)
+{
+    while (!comm.empty() && (comm.back() == '\n' || comm.back() == '\0'))
+        comm.remove_suffix(1);
+    return QString::fromUtf8(comm.data(), static_cast<qsizetype>(comm.size())) + u'.' + QString::number(pid);
+}
+
+NetworkSocketOwners::NetworkSocketOwners(std::string procRoot)
+    : procRoot_(std::move(procRoot))
+{
+}
+
+const QString* NetworkSocketOwners::labelOf(std::uint64_t inode) const
+{
+    const auto it = owners_.find(inode);
+    return it == owners_.end() ? nullptr : &it->second.label;
+}
+
+bool NetworkSocketOwners::processAlive(int pid) const
+{
+    return entryExists(procRoot_ + '/' + std::to_string(pid));
+}
+
+void NetworkSocketOwners::update(std::span<const std::uint64_t> liveInodes)
+{
+    std::unordered_map<std::uint64_t, Owner> kept;
+    std::unordered_set<std::uint64_t> keptUnowned;
+    std::unordered_set<std::uint64_t> unknown;
+    std::unordered_map<int, bool> alive;
+    for (const std::uint64_t inode : liveInodes) {
+        if (inode == 0)
+            continue;
+        if (const auto it = owners_.find(inode); it != owners_.end()) {
+            // A process that ended may have passed the socket on; ask again who holds it.
+            auto [entry, fresh] = alive.try_emplace(it->second.pid, false);
+            if (fresh)
+                entry->second = processAlive(it->second.pid);
+            if (entry->second) {
+                kept.insert(*it);
+                continue;
+            }
+        } else if (unowned_.contains(inode)) {
+            keptUnowned.insert(inode);
+            continue;
+        }
+        unknown.insert(inode);
+    }
+    owners_ = std::move(kept);
+    unowned_ = std::move(keptUnowned);
+    if (unknown.empty())
+        return;
+    scan(unknown);
+    for (const std::uint64_t inode : unknown) {
+        if (!owners_.contains(inode))
+            unowned_.insert(inode);
+    }
+}
+
+void NetworkSocketOwners::scan(const std::unordered_set<std::uint64_t>& wanted)
+{
+    ++scanCount_;
+    const DirHandle proc = openDirectoryAt(AT_FDCWD, procRoot_.c_str());
+    if (!proc)
+        return;
+    const int procFd = ::dirfd(proc.get());
+    std::string comm;
+    std::string path;
+    char link[64];
+    while (const dirent* entry = ::readdir(proc.get())) {
+        const auto pid = pidOfName(entry->d_name);
+        if (!pid)
+            continue;
+        path.assign(entry->d_name).append("/fd");
+        // Other users' processes refuse this without privileges; their sockets stay unattributed.
+        const DirHandle fds = openDirectoryAt(procFd, path.c_str());
+        if (!fds)
+            continue;
+        const int fdsFd = ::dirfd(fds.get());
+        QString label;
+        while (const dirent* fdEntry = ::readdir(fds.get())) {
+            if (fdEntry->d_name[0] == '.')
+                continue;
+            const ssize_t length = ::readlinkat(fdsFd, fdEntry->d_name, link, sizeof link);
+            if (length <= 0 || static_cast<std::size_t>(length) >= sizeof link)
+                continue;
+            const std::uint64_t inode = socketInodeOfLink({link, static_cast<std::size_t>(length)});
+            if (inode == 0 || !wanted.contains(inode) || owners_.contains(inode))
+                continue;
+            if (label.isNull()) {
+                path.assign(entry->d_name).append("/comm");
+                if (!readSmallFile(procFd, path.c_str(), comm))
+                    break;
+                label = processLabel(comm, *pid);
+            }
+            owners_.emplace(inode, Owner{*pid, label});
+        }
+    }
+}
+
+} // namespace tallowmere

@@ -1,0 +1,138 @@
+#include "monitors/SockDiagRecord.h"
+
+#include <arpa/inet.h>
+#include <linux/inet_diag.h>
+#include <linux/netlink.h>
+#include <linux/rtnetlink.h>
+#include <linux/sock_diag.h>
+#include <linux/tcp.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace tallowmere {
+
+namespace {
+
+// Decodes the attributes after an inet_diag_msg; only INET_DIAG_INFO matters here.
+std::optional<ByteCounts> tcpBytes(const std::byte* attributes, std::size_t length)
+{
+    while (length >= sizeof(rtattr)) {
+        rtattr header;
+        std::memcpy(&header, attributes, sizeof header);
+        if (header.rta_len < sizeof(rtattr) || header.rta_len > length)
+            return std::nullopt;
+        if (header.rta_type == INET_DIAG_INFO) {
+            // Older kernels send a shorter tcp_info; the byte counters must be inside it.
+            const std::size_t payload = header.rta_len - RTA_LENGTH(0);
+            constexpr std::size_t needed = offsetof(tcp_info, tcpi_bytes_received) + sizeof(__u64);
+            if (payload < needed)
+                return std::nullopt;
+            tcp_info info{};
+            std::memcpy(&info, attributes + RTA_LENGTH(0), std::min(payload, sizeof info));
+            return ByteCounts{info.tcpi_bytes_received, info.tcpi_bytes_acked};
+        }
+        const std::size_t step = RTA_ALIGN(header.rta_len);
+        if (step >= length)
+            break;
+        attributes += step;
+        length -= step;
+    }
+    return std::nullopt;
+}
+
+SockDiagRecord decodeMessage(const std::byte* payload, std::size_t length)
+{
+    inet_diag_msg message;
+    std::memcpy(&message, payload, sizeof message);
+    SockDiagRecord record;
+    record.family = message.idiag_family;
+    std::memcpy(record.remote.data(), message.id.idiag_dst, sizeof message.id.idiag_dst);
+    record.remotePort = ntohs(message.id.idiag_dport);
+    record.uid = message.idiag_uid;
+    record.inode = message.idiag_inode;
+    const std::size_t head = NLMSG_ALIGN(sizeof message);
+    if (length > head)
+        record.bytes = tcpBytes(payload + head, length - head);
+    return record;
+}
+
+} // namespace
+
+SockDiagChunk decodeSockDiagChunk(std::span<const std::byte> buffer, std::uint32_t sequence)
+{
+    SockDiagChunk chunk;
+    const std::byte* data = buffer.data();
+    std::size_t remaining = buffer.size();
+    while (remaining >= sizeof(nlmsghdr)) {
+        nlmsghdr header;
+        std::memcpy(&header, data, sizeof header);
+        if (header.nlmsg_len < sizeof header || header.nlmsg_len > remaining) {
+            chunk.failed = true;
+            return chunk;
+        }
+        const std::byte* payload = data + NLMSG_HDRLEN;
+        const std::size_t payloadLength = header.nlmsg_len - NLMSG_HDRLEN;
+        const std::size_t step = NLMSG_ALIGN(header.nlmsg_len);
+        if (header.nlmsg_seq != sequence) {
+            // Left over from an earlier dump that timed out half-way; not ours to decode.
+        } else if (header.nlmsg_type == NLMSG_DONE) {
+            chunk.done = true;
+            return chunk;
+        } else if (header.nlmsg_type == NLMSG_ERROR) {
+            chunk.failed = true;
+            return chunk;
+        } else if (header.nlmsg_type == SOCK_DIAG_BY_FAMILY && payloadLength >= sizeof(inet_diag_msg)) {
+            chunk.records.push_back(decodeMessage(payload, payloadLength));
+        }
+        if (step >= remaining)
+            break;
+        data += step;
+        remaining -= step;
+    }
+    return chunk;
+}
+
+std::vector<std::byte> sockDiagDumpRequest(int family, std::uint32_t sequence)
+{
+    struct {
+        nlmsghdr header;
+        inet_diag_req_v2 request;
+    } message{};
+    message.header.nlmsg_len = sizeof message;
+    message.header.nlmsg_type = SOCK_DIAG_BY_FAMILY;
+    message.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
+    message.header.nlmsg_seq = sequence;
+    message.request.sdiag_family = static_cast<__u8>(family);
+    message.request.sdiag_protocol = IPPROTO_TCP;
+    // Listening, TIME_WAIT and half-open request sockets belong to no process's traffic.
+    // (Kernel TCP state numbers; NEW_SYN_RECV has no name in the user-space headers.)
+    constexpr unsigned timeWait = 6, listen = 10, newSynRecv = 12;
+    message.request.idiag_states = ~((1u << timeWait) | (1u << listen) | (1u << newSynRecv));
+    message.request.idiag_ext = 1 << (INET_DIAG_INFO - 1);
+    std::vector<std::byte> bytes(sizeof message);
+    std::memcpy(bytes.data(), &message, sizeof message);
+    return bytes;
+}
+
+std::optional<QString> remoteAddressText(const SockDiagRecord& record)
+{
+    static constexpr std::uint8_t mappedPrefix[12] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff};
+    char text[INET6_ADDRSTRLEN] = {};
+    if (record.family == AF_INET
+        || (record.family == AF_INET6 && std::memcmp(record.remote.data(), mappedPrefix, 12) == 0)) {
+        const std::uint8_t* v4 = record.remote.data() + (record.family == AF_INET ? 0 : 12);
+        if (!inet_ntop(AF_INET, v4, text, sizeof text))
+            return std::nullopt;
+    } else if (record.family == AF_INET6) {
+        if (!inet_ntop(AF_INET6, record.remote.data(), text, sizeof text))
+            return std::nullopt;
+    } else {
+        return std::nullopt;
+    }
+    return QString::fromLatin1(text);
+}
+
+} // namespace tallowmere
