@@ -2,6 +2,8 @@
 
 #include <QObject>
 
+#include <memory>
+
 namespace tallowmere {
 
 // The demand flags every monitoring service keeps: one per kind of consumer. Assigning a flag
@@ -34,6 +36,31 @@ private:
     bool pageActive_ = false;
     bool menuBarActive_ = false;
     bool serverActive_ = false;
+};
+
+// A service that owns one monitor with a single main loop: the loop runs exactly while some
+// consumer wants the figures. Stopping clears nothing the monitor has published.
+template <class Monitor>
+class MonitorOwningService : public MonitoringService {
+public:
+    explicit MonitorOwningService(std::unique_ptr<Monitor> monitor, QObject* parent = nullptr)
+        : MonitoringService(parent)
+        , monitor_(std::move(monitor))
+    {
+    }
+
+    Monitor& monitor() const { return *monitor_; }
+
+    void updateMonitoring() override
+    {
+        if (isActive())
+            monitor_->startMonitoring();
+        else
+            monitor_->stopMonitoring();
+    }
+
+private:
+    std::unique_ptr<Monitor> monitor_;
 };
 
 } // namespace tallowmere

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "app/settings/AppSettings.h"
+#include "app/settings/PreferencesStore.h"
+#include "monitors/CPUMonitoringService.h"
+#include "monitors/DiskMonitoringService.h"
+#include "monitors/MemoryMonitoringService.h"
+
+#include <QObject>
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace tallowmere {
+
+class AppDelegate;
+
+struct AppServicesOptions {
+    QString preferencesPath = PreferencesStore::defaultPath();
+    quint16 serverPort = 8765;
+    // Headless runs may override the persisted switches for this run only.
+    std::optional<bool> localServerOverride;
+    std::optional<bool> recordingOverride;
+    // Without a tray there is nobody to sample for when the menu-bar switch is on.
+    bool hasMenuBar = true;
+};
+
+// Creates every service exactly once, in a fixed order, hands each what it needs, and applies
+// the three switches at launch and whenever they change. Nothing else creates a service.
+class AppServices : public QObject {
+    Q_OBJECT
+public:
+    using Options = AppServicesOptions;
+
+    explicit AppServices(Options options = Options{}, QObject* parent = nullptr);
+    ~AppServices() override;
+
+    // The process-wide instance, built on first use with the options given to
+    // setSharedOptions(). destroyShared() ends it before the application object goes.
+    static AppServices& shared();
+    static void setSharedOptions(Options options);
+    static void destroyShared();
+
+    // Start-up wiring; a second call does nothing.
+    void launch(AppDelegate& delegate);
+    bool hasLaunched() const { return launched_; }
+
+    void applyMenuBarEnabled(bool enabled);
+    void applyLocalServerEnabled(bool enabled);
+    void applyNetworkRecordingEnabled(bool enabled);
+
+    // The switches as this run applies them (a headless override wins over the stored one).
+    bool effectiveLocalServerEnabled() const;
+    bool effectiveNetworkRecordingEnabled() const;
+    bool effectiveMenuBarEnabled() const;
+
+    const Options& options() const { return options_; }
+    PreferencesStore& preferences() { return preferences_; }
+
+    // Members, in construction order:
+    //  1 settings  2 cpuService  3 memoryService  4 diskService  5 batteryService
+    //  6 audioService  7 powerService  8 keepAwakeService  9 networkService
+    //  10 cameraService  11 statsServer  12 updateService  13 menuBarController
+    AppSettings& settings() { return *settings_; }
+    CPUMonitoringService& cpuService() { return *cpuService_; }
+    MemoryMonitoringService& memoryService() { return *memoryService_; }
+    DiskMonitoringService& diskService() { return *diskService_; }
+
+private:
+    // The services whose loops follow the menu-bar and server switches, in the order they
+    // are switched: CPU, memory, disk, network.
+    std::vector<MonitoringService*> demandServices() const;
+    void watchSwitches();
+
+    Options options_;
+    PreferencesStore preferences_;
+    bool launched_ = false;
+
+    std::unique_ptr<AppSettings> settings_;
+    std::unique_ptr<CPUMonitoringService> cpuService_;
+    std::unique_ptr<MemoryMonitoringService> memoryService_;
+    std::unique_ptr<DiskMonitoringService> diskService_;
+};
+
+} // namespace tallowmere

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "app/ForegroundSeam.h"
+
+#include <functional>
+#include <memory>
+
+namespace tallowmere {
+
+class MainWindow;
+
+// The desktop side of the lifecycle: one main window; closing it is reported through
+// `onWindowClosed`. Linux has no per-application dock icon, so background mode only means
+// that no window is up while the tray strip, the server and recording carry on.
+class WindowSeam final : public ForegroundSeam {
+public:
+    explicit WindowSeam(std::function<void()> onWindowClosed);
+    ~WindowSeam() override;
+
+    void createMainWindow(AppServices& services) override;
+    bool hasMainWindow() const override { return window_ != nullptr; }
+    void showMainWindow() override;
+    bool hasVisibleWindow() const override;
+    void setForeground(bool foreground) override { foreground_ = foreground; }
+    void terminate() override;
+
+    bool isForeground() const { return foreground_; }
+
+private:
+    std::function<void()> onWindowClosed_;
+    std::unique_ptr<MainWindow> window_;
+    bool foreground_ = false;
+};
+
+} // namespace tallowmere

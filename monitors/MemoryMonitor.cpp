@@ -1,0 +1,108 @@
+#include "monitors/MemoryMonitor.h"
+
+#include "app/core/ChildProcess.h"
+#include "app/core/Detached.h"
+#include "app/core/Property.h"
+#include "monitors/ProcFiles.h"
+
+#include <QDir>
+
+namespace tallowmere {
+
+QString rawValue(MemorySortField field)
+{
+    return field == MemorySortField::memory ? QStringLiteral("Memory") : QStringLiteral("Name");
+}
+
+namespace {
+
+std::uint64_t zramMemUsed(const std::string& sysRoot)
+{
+    std::uint64_t total = 0;
+    std::string text;
+    const QDir block(QString::fromStdString(sysRoot + "/block"));
+    for (const QString& device : block.entryList({QStringLiteral("zram*")}, QDir::Dirs | QDir::System)) {
+        if (readSmallFile(sysRoot + "/block/" + device.toStdString() + "/mm_stat", text))
+            total += parseZramMemUsed(text);
+    }
+    return total;
+}
+
+} // namespace
+
+MemorySources linuxMemorySources(const std::string& procRoot, const std::string& sysRoot)
+{
+    // zram devices come and go rarely; look for them once rather than every second.
+    const bool hasZram = !QDir(QString::fromStdString(sysRoot + "/block"))
+                              .entryList({QStringLiteral("zram*")}, QDir::Dirs | QDir::System)
+                              .isEmpty();
+    return {
+        [path = procRoot + "/meminfo", sysRoot, hasZram]() -> std::optional<MemoryCounters> {
+            std::string text;
+            if (!readSmallFile(path, text))
+                return std::nullopt;
+            return parseMemInfo(text, hasZram ? zramMemUsed(sysRoot) : 0);
+        },
+        [] {
+            const ChildResult ps = runChild(QStringLiteral("/bin/ps"), {QStringLiteral("-axo"), QStringLiteral("rss=,comm=")});
+            return ps.started ? parsePsOutput(ps.output) : ProgramMemoryMap{};
+        },
+    };
+}
+
+MemoryMonitor::MemoryMonitor(MemorySources sources, QObject* parent)
+    : QObject(parent)
+    , sources_(std::move(sources))
+{
+}
+
+void MemoryMonitor::sample()
+{
+    const auto counters = sources_.readCounters();
+    if (!counters)
+        return;
+    const std::uint64_t used = counters->active + counters->wired + counters->compressed;
+    const double usage = counters->installed == 0
+        ? (used > 0 ? 100.0 : 0.0)
+        : clampPercent(static_cast<double>(used) / static_cast<double>(counters->installed) * 100.0);
+    const std::uint64_t free = counters->installed > used ? counters->installed - used : 0;
+
+    assignProperty(this, usagePercent_, usage, &MemoryMonitor::usagePercentChanged);
+    assignProperty(this, usedGB_, toGB(used), &MemoryMonitor::usedGBChanged);
+    assignProperty(this, freeGB_, toGB(free), &MemoryMonitor::freeGBChanged);
+    assignProperty(this, totalGB_, toGB(counters->installed), &MemoryMonitor::totalGBChanged);
+    assignProperty(this, activeGB_, toGB(counters->active), &MemoryMonitor::activeGBChanged);
+    assignProperty(this, wiredGB_, toGB(counters->wired), &MemoryMonitor::wiredGBChanged);
+    assignProperty(this, compressedGB_, toGB(counters->compressed), &MemoryMonitor::compressedGBChanged);
+    replaceProperty(this, history_, appendedHistory(history_, usage), &MemoryMonitor::historyChanged);
+}
+
+void MemoryMonitor::startPerProcessMonitoring()
+{
+    perProcessTask_.startAsyncIfEmpty(perProcessPeriod, [this](LoopTask::Done done) {
+        runDetached(this, sources_.collectPrograms, [this, done](ProgramMemoryMap programs) {
+            applyPrograms(programs);
+            done();
+        });
+    });
+}
+
+void MemoryMonitor::applyPrograms(const ProgramMemoryMap& programs)
+{
+    if (programs.empty())
+        return;
+    // The installed size is read again now, not taken from the last sample.
+    const auto counters = sources_.readCounters();
+    const std::uint64_t installed = counters ? counters->installed : 0;
+    QList<ProcessMemoryUsage> rows;
+    rows.reserve(static_cast<qsizetype>(programs.size()));
+    for (const auto& [name, program] : programs) {
+        const double percent = installed == 0
+            ? 0.0
+            : static_cast<double>(program.bytes) / static_cast<double>(installed) * 100.0;
+        rows.append(ProcessMemoryUsage{name, name, program.bytes, percent, program.processCount});
+    }
+    replaceProperty(this, perProcess_, std::move(rows), &MemoryMonitor::perProcessChanged);
+}
+
+} // namespace tallowmere

@@ -1,0 +1,62 @@
+#include "monitors/ProcFiles.h"
+
+#include "app/core/UniqueFd.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tallowmere {
+
+namespace {
+
+bool readAll(int fd, std::string& into)
+{
+    // Kernel text files report a size of 0, so read until end of file in growing chunks.
+    if (into.capacity() < 4096)
+        into.reserve(4096);
+    into.resize(into.capacity());
+    std::size_t length = 0;
+    for (;;) {
+        if (length == into.size())
+            into.resize(into.size() * 2);
+        const ssize_t got = ::read(fd, into.data() + length, into.size() - length);
+        if (got < 0) {
+            if (errno == EINTR)
+                continue;
+            into.clear();
+            return false;
+        }
+        if (got == 0)
+            break;
+        length += static_cast<std::size_t>(got);
+    }
+    into.resize(length);
+    return true;
+}
+
+} // namespace
+
+bool readSmallFile(int dirFd, const char* path, std::string& into)
+{
+    UniqueFd fd(::openat(dirFd, path, O_RDONLY | O_CLOEXEC));
+    if (!fd) {
+        into.clear();
+        return false;
+    }
+    return readAll(fd.get(), into);
+}
+
+bool readSmallFile(const std::string& path, std::string& into)
+{
+    return readSmallFile(AT_FDCWD, path.c_str(), into);
+}
+
+bool entryExists(const std::string& path)
+{
+    struct stat info {};
+    return ::fstatat(AT_FDCWD, path.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+} // namespace tallowmere

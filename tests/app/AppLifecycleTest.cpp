@@ -1,0 +1,160 @@
+#include "app/AppDelegate.h"
+#include "app/AppServices.h"
+#include "app/ForegroundSeam.h"
+
+#include "tests/support/TestSupport.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace tallowmere;
+
+namespace {
+
+// Records what the lifecycle asked of the windowing side.
+class RecordingSeam final : public ForegroundSeam {
+public:
+    void createMainWindow(AppServices&) override { ++windowsCreated; }
+    bool hasMainWindow() const override { return windowsCreated > 0; }
+    void showMainWindow() override { visible = true; ++shows; }
+    bool hasVisibleWindow() const override { return visible; }
+    void setForeground(bool foreground) override { modes.push_back(foreground); }
+    void terminate() override { ++terminations; }
+
+    int windowsCreated = 0;
+    int shows = 0;
+    int terminations = 0;
+    bool visible = false;
+    std::vector<bool> modes;
+};
+
+struct Launched {
+    explicit Launched(std::function<void(AppSettings&)> configure = {})
+    {
+        options.preferencesPath = dir.filePath(QStringLiteral("preferences.json"));
+        if (configure) {
+            PreferencesStore store(options.preferencesPath);
+            AppSettings settings(store);
+            configure(settings);
+        }
+        services = std::make_unique<AppServices>(options);
+        delegate = std::make_unique<AppDelegate>(seam, [this]() -> AppServices& { return *services; });
+        QSignalSpy launched(delegate.get(), &AppDelegate::launched);
+        delegate->applicationDidFinishLaunching();
+        EXPECT_EQ(seam.windowsCreated, 0) << "the launch task is queued, not run inline";
+        EXPECT_TRUE(launched.wait(2000));
+    }
+
+    void closeWindow()
+    {
+        seam.visible = false;
+        delegate->windowWillClose();
+        QCoreApplication::processEvents();
+    }
+
+    QTemporaryDir dir;
+    AppServices::Options options;
+    RecordingSeam seam;
+    std::unique_ptr<AppServices> services;
+    std::unique_ptr<AppDelegate> delegate;
+};
+
+
+} // namespace
+
+TEST(AppLifecycle, FreshAccountShowsTheWindowAndSamplesNothing)
+{
+    Launched app;
+    EXPECT_EQ(app.seam.windowsCreated, 1);
+    EXPECT_TRUE(app.seam.visible);
+    EXPECT_EQ(app.seam.modes, std::vector<bool>{true});
+    EXPECT_EQ(app.services->cpuService().monitor().monitoringTask(), nullptr);
+    EXPECT_EQ(app.services->memoryService().monitor().perProcessTask(), nullptr);
+    // Recording is on by default, so closing the window keeps the process in the background.
+    EXPECT_TRUE(app.delegate->shouldStayAlive());
+}
+
+TEST(AppLifecycle, AllSwitchesOffClosingTheWindowEndsTheProcess)
+{
+    Launched app([](AppSettings& settings) { settings.setNetworkRecordingEnabled(false); });
+    EXPECT_TRUE(app.delegate->applicationShouldTerminateAfterLastWindowClosed());
+    app.closeWindow();
+    EXPECT_EQ(app.seam.terminations, 1);
+    EXPECT_EQ(app.seam.modes, std::vector<bool>{true});
+}
+
+TEST(AppLifecycle, OneSwitchOnKeepsRunningInTheBackgroundAndReopenShowsTheWindow)
+{
+    Launched app([](AppSettings& settings) {
+        settings.setNetworkRecordingEnabled(false);
+        settings.setMenuBarEnabled(true);
+    });
+    EXPECT_NE(app.services->cpuService().monitor().monitoringTask(), nullptr);
+    app.closeWindow();
+    EXPECT_EQ(app.seam.terminations, 0);
+    EXPECT_EQ(app.seam.modes, (std::vector<bool>{true, false}));
+
+    EXPECT_TRUE(app.delegate->applicationShouldHandleReopen(false));
+    EXPECT_EQ(app.seam.shows, 2);
+    EXPECT_EQ(app.seam.modes, (std::vector<bool>{true, false, true}));
+
+    // A reopen while a window is visible changes nothing.
+    EXPECT_TRUE(app.delegate->applicationShouldHandleReopen(true));
+    EXPECT_EQ(app.seam.shows, 2);
+    EXPECT_EQ(app.seam.modes.size(), 3u);
+}
+
+TEST(AppLifecycle, SecondLaunchCreatesNoSecondWindowAndAppliesNothing)
+{
+    Launched app;
+    const LoopTask* before = app.services->cpuService().monitor().monitoringTask();
+    app.services->settings().setMenuBarEnabled(true);
+    const LoopTask* loop = app.services->cpuService().monitor().monitoringTask();
+    ASSERT_NE(loop, before);
+    app.services->launch(*app.delegate);
+    EXPECT_EQ(app.seam.windowsCreated, 1);
+    EXPECT_EQ(app.services->cpuService().monitor().monitoringTask(), loop);
+}
+
+TEST(AppLifecycle, ServerSwitchAloneSamplesEveryMonitorAndStopsThemAgain)
+{
+    Launched app;
+    AppServices& services = *app.services;
+    services.settings().setLocalServerEnabled(true);
+    EXPECT_TRUE(services.cpuService().serverActive());
+    EXPECT_FALSE(services.cpuService().menuBarActive());
+    EXPECT_NE(services.cpuService().monitor().monitoringTask(), nullptr);
+    EXPECT_NE(services.memoryService().monitor().monitoringTask(), nullptr);
+    EXPECT_NE(services.memoryService().monitor().perProcessTask(), nullptr);
+    EXPECT_NE(services.diskService().monitor().monitoringTask(), nullptr);
+
+    services.settings().setLocalServerEnabled(false);
+    EXPECT_EQ(services.cpuService().monitor().monitoringTask(), nullptr);
+    EXPECT_EQ(services.memoryService().monitor().perProcessTask(), nullptr);
+    EXPECT_EQ(services.diskService().monitor().monitoringTask(), nullptr);
+}
+
+TEST(AppLifecycle, HeadlessOverridesDoNotTouchThePreferences)
+{
+    QTemporaryDir dir;
+    AppServices::Options options;
+    options.preferencesPath = dir.filePath(QStringLiteral("preferences.json"));
+    options.localServerOverride = true;
+    options.hasMenuBar = false;
+    {
+        PreferencesStore store(options.preferencesPath);
+        AppSettings(store).setMenuBarEnabled(true);
+    }
+    AppServices services(options);
+    RecordingSeam seam;
+    AppDelegate delegate(seam, [&]() -> AppServices& { return services; });
+    services.launch(delegate);
+    EXPECT_TRUE(services.effectiveLocalServerEnabled());
+    EXPECT_FALSE(services.cpuService().menuBarActive()) << "no tray to sample for";
+    EXPECT_TRUE(services.cpuService().serverActive());
+    EXPECT_FALSE(services.settings().localServerEnabled());
+    PreferencesStore reread(options.preferencesPath);
+    EXPECT_EQ(reread.readBool(QStringLiteral("localServerEnabled")).status, ReadStatus::missing);
+}

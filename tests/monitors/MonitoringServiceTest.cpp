@@ -1,0 +1,107 @@
+#include "monitors/CPUMonitoringService.h"
+#include "monitors/DiskMonitoringService.h"
+#include "monitors/MemoryMonitoringService.h"
+
+#include "tests/support/TestSupport.h"
+
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+using namespace tallowmere;
+
+namespace {
+
+// Monitors that read nothing real and count their readings, so loops can be watched.
+struct CountingSources {
+    int ticks = 0;
+    int programs = 0;
+
+    std::unique_ptr<CPUMonitor> cpu()
+    {
+        return std::make_unique<CPUMonitor>(CPUSources{[this] { ++ticks; return std::optional<CPUTicks>(); },
+                                                       [] { return ProcessSnapshot{}; }});
+    }
+    std::unique_ptr<MemoryMonitor> memory()
+    {
+        return std::make_unique<MemoryMonitor>(MemorySources{
+            [] { return std::optional<MemoryCounters>(); },
+            [this] { ++programs; return ProgramMemoryMap{}; }});
+    }
+};
+
+} // namespace
+
+TEST(MonitoringService, OneLoopWhateverTheOrderOfFlagChanges)
+{
+    CountingSources sources;
+    CPUMonitoringService service(sources.cpu());
+    EXPECT_EQ(service.monitor().monitoringTask(), nullptr);
+
+    service.setMenuBarActive(true);
+    EXPECT_EQ(service.monitor().monitoringTask(), nullptr) << "assigning a flag starts nothing";
+    service.updateMonitoring();
+    const LoopTask* loop = service.monitor().monitoringTask();
+    ASSERT_NE(loop, nullptr);
+    EXPECT_EQ(sources.ticks, 1) << "the first sample is taken at once";
+
+    // Page opened and closed, repeated calls: still the same loop.
+    service.setPageActive(true);
+    service.updateMonitoring();
+    service.updateMonitoring();
+    service.setPageActive(false);
+    service.updateMonitoring();
+    EXPECT_EQ(service.monitor().monitoringTask(), loop);
+    EXPECT_EQ(sources.ticks, 1);
+
+    // Clearing the last flag cancels in the same call; setting one again starts a new loop.
+    service.setMenuBarActive(false);
+    service.updateMonitoring();
+    EXPECT_EQ(service.monitor().monitoringTask(), nullptr);
+    service.setServerActive(true);
+    service.updateMonitoring();
+    EXPECT_NE(service.monitor().monitoringTask(), nullptr);
+    EXPECT_EQ(sources.ticks, 2);
+}
+
+TEST(MonitoringService, FlagsNotifyOnlyOnChange)
+{
+    DiskMonitoringService service(std::make_unique<DiskMonitor>(DiskSources{
+        [] { return std::optional<VolumeCapacity>(); }, [] { return std::optional<DiskCounters>(); }, systemNow}));
+    QSignalSpy page(&service, &MonitoringService::pageActiveChanged);
+    service.setPageActive(false);
+    service.setPageActive(true);
+    service.setPageActive(true);
+    EXPECT_EQ(page.count(), 1);
+    EXPECT_TRUE(service.isActive());
+}
+
+TEST(MonitoringService, MemoryRunsItsPerProgramLoopWheneverActive)
+{
+    CountingSources sources;
+    MemoryMonitoringService service(sources.memory());
+    service.setServerActive(true);
+    service.updateMonitoring();
+    ASSERT_NE(service.monitor().perProcessTask(), nullptr);
+    ASSERT_TRUE(test::waitUntil([&] { return sources.programs == 1; }));
+
+    service.setServerActive(false);
+    service.updateMonitoring();
+    EXPECT_EQ(service.monitor().monitoringTask(), nullptr);
+    EXPECT_EQ(service.monitor().perProcessTask(), nullptr);
+}
+
+TEST(MonitoringService, CPUPageSwitchesTheProcessLoopIndependently)
+{
+    CountingSources sources;
+    CPUMonitoringService service(sources.cpu());
+    service.setMenuBarActive(true);
+    service.updateMonitoring();
+    service.monitor().startProcessMonitoring();
+    const LoopTask* processLoop = service.monitor().processTask();
+    service.monitor().startProcessMonitoring();
+    EXPECT_EQ(service.monitor().processTask(), processLoop);
+    service.monitor().stopProcessMonitoring();
+    EXPECT_EQ(service.monitor().processTask(), nullptr);
+    EXPECT_NE(service.monitor().monitoringTask(), nullptr);
+}
