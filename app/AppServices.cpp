@@ -27,6 +27,7 @@ AppServices::AppServices(Options options, QObject* parent)
     , cpuService_(std::make_unique<CPUMonitoringService>())
     , memoryService_(std::make_unique<MemoryMonitoringService>())
     , diskService_(std::make_unique<DiskMonitoringService>())
+    , networkService_(std::make_unique<NetworkMonitoringService>())
 {
 }
 
@@ -87,7 +88,7 @@ void AppServices::launch(AppDelegate& delegate)
 
 std::vector<MonitoringService*> AppServices::demandServices() const
 {
-    return {cpuService_.get(), memoryService_.get(), diskService_.get()};
+    return {cpuService_.get(), memoryService_.get(), diskService_.get(), networkService_.get()};
 }
 
 void AppServices::applyMenuBarEnabled(bool enabled)
@@ -108,7 +109,8 @@ void AppServices::applyLocalServerEnabled(bool enabled)
 
 void AppServices::applyNetworkRecordingEnabled(bool enabled)
 {
-    (void)enabled;
+    networkService_->setRecordingActive(enabled);
+    networkService_->updateMonitoring();
 }
 
 void AppServices::watchSwitches()

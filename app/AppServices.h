@@ -2,6 +2,7 @@
 
 #include "app/settings/AppSettings.h"
 #include "app/settings/PreferencesStore.h"
+#include "history/NetworkMonitoringService.h"
 #include "monitors/CPUMonitoringService.h"
 #include "monitors/DiskMonitoringService.h"
 #include "monitors/MemoryMonitoringService.h"
@@ -67,6 +68,7 @@ public:
     CPUMonitoringService& cpuService() { return *cpuService_; }
     MemoryMonitoringService& memoryService() { return *memoryService_; }
     DiskMonitoringService& diskService() { return *diskService_; }
+    NetworkMonitoringService& networkService() { return *networkService_; }
 
 private:
     // The services whose loops follow the menu-bar and server switches, in the order they
@@ -82,6 +84,7 @@ private:
     std::unique_ptr<CPUMonitoringService> cpuService_;
     std::unique_ptr<MemoryMonitoringService> memoryService_;
     std::unique_ptr<DiskMonitoringService> diskService_;
+    std::unique_ptr<NetworkMonitoringService> networkService_;
 };
 
 } // namespace tallowmere
