@@ -7,6 +7,8 @@
 
 #include <QDir>
 
+#include <vector>
+
 namespace tallowmere {
 
 QString rawValue(MemorySortField field)
@@ -16,32 +18,32 @@ QString rawValue(MemorySortField field)
 
 namespace {
 
-std::uint64_t zramMemUsed(const std::string& sysRoot)
+// The mm_stat files of the zram devices below <sysRoot>/block.
+std::vector<std::string> zramStatPaths(const std::string& sysRoot)
 {
-    std::uint64_t total = 0;
-    std::string text;
+    std::vector<std::string> paths;
     const QDir block(QString::fromStdString(sysRoot + "/block"));
-    for (const QString& device : block.entryList({QStringLiteral("zram*")}, QDir::Dirs | QDir::System)) {
-        if (readSmallFile(sysRoot + "/block/" + device.toStdString() + "/mm_stat", text))
-            total += parseZramMemUsed(text);
-    }
-    return total;
+    for (const QString& device : block.entryList({QStringLiteral("zram*")}, QDir::Dirs | QDir::System))
+        paths.push_back(sysRoot + "/block/" + device.toStdString() + "/mm_stat");
+    return paths;
 }
 
 } // namespace
 
 MemorySources linuxMemorySources(const std::string& procRoot, const std::string& sysRoot)
 {
-    // zram devices come and go rarely; look for them once rather than every second.
-    const bool hasZram = !QDir(QString::fromStdString(sysRoot + "/block"))
-                              .entryList({QStringLiteral("zram*")}, QDir::Dirs | QDir::System)
-                              .isEmpty();
+    // zram devices are set up at boot; look for them once rather than every second.
     return {
-        [path = procRoot + "/meminfo", sysRoot, hasZram]() -> std::optional<MemoryCounters> {
-            std::string text;
+        [path = procRoot + "/meminfo", zram = zramStatPaths(sysRoot), text = std::string()]() mutable
+        -> std::optional<MemoryCounters> {
+            std::uint64_t zramBytes = 0;
+            for (const std::string& statPath : zram) {
+                if (readSmallFile(statPath, text))
+                    zramBytes += parseZramMemUsed(text);
+            }
             if (!readSmallFile(path, text))
                 return std::nullopt;
-            return parseMemInfo(text, hasZram ? zramMemUsed(sysRoot) : 0);
+            return parseMemInfo(text, zramBytes);
         },
         [] {
             const ChildResult ps = runChild(QStringLiteral("/bin/ps"), {QStringLiteral("-axo"), QStringLiteral("rss=,comm=")});

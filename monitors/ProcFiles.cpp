@@ -13,15 +13,12 @@ namespace {
 
 bool readAll(int fd, std::string& into)
 {
-    // Kernel text files report a size of 0, so read until end of file in growing chunks.
-    if (into.capacity() < 4096)
-        into.reserve(4096);
-    into.resize(into.capacity());
-    std::size_t length = 0;
+    // Kernel text files report a size of 0, so read until end of file. Most fit the stack
+    // buffer; copying only what was read avoids clearing a large string on every call.
+    char buffer[8192];
+    into.clear();
     for (;;) {
-        if (length == into.size())
-            into.resize(into.size() * 2);
-        const ssize_t got = ::read(fd, into.data() + length, into.size() - length);
+        const ssize_t got = ::read(fd, buffer, sizeof buffer);
         if (got < 0) {
             if (errno == EINTR)
                 continue;
@@ -29,11 +26,9 @@ bool readAll(int fd, std::string& into)
             return false;
         }
         if (got == 0)
-            break;
-        length += static_cast<std::size_t>(got);
+            return true;
+        into.append(buffer, static_cast<std::size_t>(got));
     }
-    into.resize(length);
-    return true;
 }
 
 } // namespace

@@ -1,0 +1,101 @@
+// CPU cost of one sample of each monitor, of the per-process walk and of one ps collection.
+#include "monitors/CPUMonitor.h"
+#include "monitors/DiskMonitor.h"
+#include "monitors/MemoryMonitor.h"
+
+#include <QCoreApplication>
+
+#include <benchmark/benchmark.h>
+
+#include <sys/resource.h>
+
+#include <ctime>
+
+using namespace tallowmere;
+
+namespace {
+
+// Counts the process's CPU time rather than wall time: the samples are cheap enough that
+// scheduling noise would otherwise dominate.
+double cpuSeconds()
+{
+    timespec now{};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+template <class Work>
+void measureCPU(benchmark::State& state, Work work)
+{
+    for (auto _ : state) {
+        const double before = cpuSeconds();
+        work();
+        state.SetIterationTime(cpuSeconds() - before);
+    }
+}
+
+void BM_CPUSample(benchmark::State& state)
+{
+    CPUMonitor monitor;
+    measureCPU(state, [&] { monitor.sample(); });
+}
+
+void BM_MemorySample(benchmark::State& state)
+{
+    MemoryMonitor monitor;
+    measureCPU(state, [&] { monitor.sample(); });
+}
+
+void BM_DiskSample(benchmark::State& state)
+{
+    DiskMonitor monitor;
+    measureCPU(state, [&] { monitor.sample(); });
+}
+
+void BM_ProcessWalk(benchmark::State& state)
+{
+    std::size_t processes = 0;
+    measureCPU(state, [&] { processes = collectProcessSnapshot().cpuTime.size(); });
+    state.counters["processes"] = static_cast<double>(processes);
+    state.counters["per_process_us"] = benchmark::Counter(
+        static_cast<double>(processes) * static_cast<double>(state.iterations()),
+        benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+double childCPUSeconds()
+{
+    rusage usage{};
+    ::getrusage(RUSAGE_CHILDREN, &usage);
+    const auto seconds = [](timeval t) { return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) * 1e-6; };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+// ps is a child process: its own CPU time (counted once it has been waited for) is added to
+// ours, so the figure is what one collection costs the machine.
+void BM_PsCollection(benchmark::State& state)
+{
+    const auto collect = linuxMemorySources().collectPrograms;
+    std::size_t programs = 0;
+    for (auto _ : state) {
+        const double before = cpuSeconds() + childCPUSeconds();
+        programs = collect().size();
+        state.SetIterationTime(cpuSeconds() + childCPUSeconds() - before);
+    }
+    state.counters["programs"] = static_cast<double>(programs);
+}
+
+} // namespace
+
+BENCHMARK(BM_CPUSample)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_MemorySample)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_DiskSample)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_ProcessWalk)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_PsCollection)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20);
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
