@@ -37,7 +37,7 @@ ProcessSnapshot collectProcessSnapshot(const std::string& procRoot)
             const auto pid = parseDecimal(entry->d_name);
             if (!pid || *pid < 1 || *pid > INT32_MAX)
                 continue;
-            std::snprintf(path, sizeof path, "%s/stat", entry->d_name);
+            std::snprintf(path, sizeof path, "%llu/stat", static_cast<unsigned long long>(*pid));
             if (!readSmallFile(rootFd.get(), path, text))
                 continue;
             const auto stat = parseProcessStat(text);

@@ -31,7 +31,7 @@ TEST(LoopTask, AsyncBodySleepsOnlyAfterItsResultIsApplied)
     int applied = 0;
     auto loop = LoopTask::startAsync(5ms, [&](LoopTask::Done done) {
         ++started;
-        runDetached(qApp,
+        runDetached(QCoreApplication::instance(),
                     [] { QThread::msleep(20); return 1; },
                     [&, done](int value) { applied += value; done(); });
     });
