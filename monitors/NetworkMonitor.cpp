@@ -8,6 +8,8 @@
 #include "monitors/NetworkReverseLookup.h"
 
 #include <QThread>
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include <cmath>
 #include <memory>

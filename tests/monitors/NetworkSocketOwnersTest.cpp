@@ -1,0 +1,99 @@
+#include "monitors/NetworkSocketOwners.h"
+
+#include "tests/support/TestSupport.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+namespace tallowmere {
+namespace {
+
+// A /proc lookalike: process folders with comm files and fd links.
+class ProcTree {
+public:
+    void process(int pid, const char* comm, std::initializer_list<std::pair<int, std::string>> fds)
+    {
+        const QString dir = QString::number(pid);
+        test::writeFile(root_.path(), dir + "/comm", QByteArray(comm) + '\n');
+        QDir(root_.path()).mkpath(dir + "/fd");
+        for (const auto& [fd, target] : fds)
+            std::filesystem::create_symlink(target, path() + "/" + std::to_string(pid) + "/fd/" + std::to_string(fd));
+    }
+    void end(int pid) { QDir(root_.path() + '/' + QString::number(pid)).removeRecursively(); }
+    std::string path() const { return root_.path().toStdString(); }
+
+private:
+    QTemporaryDir root_;
+};
+
+std::vector<std::uint64_t> inodes(std::initializer_list<std::uint64_t> list) { return list; }
+
+TEST(NetworkSocketOwners, ParsesLinksAndLabels)
+{
+    EXPECT_EQ(socketInodeOfLink("socket:[12345]"), 12345u);
+    EXPECT_EQ(socketInodeOfLink("socket:[]"), 0u);
+    EXPECT_EQ(socketInodeOfLink("socket:[12a]"), 0u);
+    EXPECT_EQ(socketInodeOfLink("pipe:[12345]"), 0u);
+    EXPECT_EQ(socketInodeOfLink("/dev/null"), 0u);
+    EXPECT_EQ(processLabel("firefox\n", 812), "firefox.812");
+    EXPECT_EQ(processLabel("python3.11\n", 7), "python3.11.7");
+    EXPECT_EQ(processLabel("Web Content", 9), "Web Content.9");
+}
+
+TEST(NetworkSocketOwners, FindsOwnersAndWalksTheProcessesOnlyForUnknownSockets)
+{
+    ProcTree proc;
+    proc.process(100, "firefox", {{3, "socket:[5001]"}, {4, "/dev/null"}, {5, "socket:[5002]"}});
+    proc.process(200, "curl", {{3, "socket:[6001]"}, {4, "pipe:[77]"}});
+    test::writeFile(QString::fromStdString(proc.path()), "self/comm", "not a pid\n");
+    NetworkSocketOwners owners(proc.path());
+
+    owners.update(inodes({5001, 5002, 6001, 9999}));
+    EXPECT_EQ(owners.scanCount(), 1);
+    ASSERT_TRUE(owners.labelOf(5001));
+    EXPECT_EQ(*owners.labelOf(5001), "firefox.100");
+    EXPECT_EQ(*owners.labelOf(5002), "firefox.100");
+    EXPECT_EQ(*owners.labelOf(6001), "curl.200");
+    // Held by nobody we can see (another user's process): unattributed, and remembered as such.
+    EXPECT_EQ(owners.labelOf(9999), nullptr);
+
+    owners.update(inodes({5001, 6001, 9999}));
+    EXPECT_EQ(owners.scanCount(), 1) << "known and unreachable sockets need no new walk";
+    EXPECT_EQ(owners.labelOf(5002), nullptr) << "a socket gone from the dump is forgotten";
+
+    proc.process(300, "ssh", {{3, "socket:[7001]"}});
+    owners.update(inodes({5001, 6001, 7001}));
+    EXPECT_EQ(owners.scanCount(), 2);
+    EXPECT_EQ(*owners.labelOf(7001), "ssh.300");
+}
+
+TEST(NetworkSocketOwners, AsksAgainWhenTheOwnerEnded)
+{
+    ProcTree proc;
+    proc.process(100, "bash", {{3, "socket:[5001]"}});
+    NetworkSocketOwners owners(proc.path());
+    owners.update(inodes({5001}));
+    EXPECT_EQ(*owners.labelOf(5001), "bash.100");
+
+    // The shell ended and its child kept the inherited socket.
+    proc.end(100);
+    proc.process(101, "sleep", {{0, "socket:[5001]"}});
+    owners.update(inodes({5001}));
+    EXPECT_EQ(owners.scanCount(), 2);
+    ASSERT_TRUE(owners.labelOf(5001));
+    EXPECT_EQ(*owners.labelOf(5001), "sleep.101");
+}
+
+TEST(NetworkSocketOwners, MissingRootAttributesNothing)
+{
+    NetworkSocketOwners owners("/nonexistent/proc");
+    owners.update(inodes({1, 2}));
+    EXPECT_EQ(owners.labelOf(1), nullptr);
+}
+
+} // namespace
+} // namespace tallowmere
