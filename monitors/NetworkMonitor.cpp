@@ -7,9 +7,10 @@
 #include "monitors/NetworkInterfaceCounters.h"
 #include "monitors/NetworkReverseLookup.h"
 
+#include <QCoreApplication>
+#include <QPointer>
 #include <QThread>
 #include <QThreadPool>
-#include <QtConcurrent/QtConcurrentRun>
 
 #include <cmath>
 #include <memory>
@@ -149,13 +150,27 @@ void NetworkMonitor::resolveHost(const QString& ip)
     if (ip.isEmpty() || dnsCache_.contains(ip) || dnsInFlight_.contains(ip) || !sources_.reverseLookup)
         return;
     dnsInFlight_.insert(ip);
-    QtConcurrent::run(&lookupPool(), [lookup = sources_.reverseLookup, ip] { return lookup(ip); })
-        .then(this, [this, ip](std::optional<QString> name) {
-            // A failed lookup caches the address itself, so it is never asked again.
-            dnsCache_.insert(ip, name.value_or(ip));
-            dnsInFlight_.remove(ip);
-            emit hostNameResolved(ip);
-        });
+    QPointer<NetworkMonitor> guard(this);
+    lookupPool().start([guard, lookup = sources_.reverseLookup, ip] {
+        std::optional<QString> name = lookup(ip);
+        QCoreApplication* app = QCoreApplication::instance();
+        if (!app)
+            return;
+        // Handed over through the application object, which outlives the monitor; the guard
+        // is read on the main thread, where the monitor is destroyed.
+        QMetaObject::invokeMethod(app, [guard, ip, name = std::move(name)] {
+            if (guard)
+                guard->hostResolved(ip, name);
+        }, Qt::QueuedConnection);
+    });
+}
+
+void NetworkMonitor::hostResolved(const QString& ip, const std::optional<QString>& name)
+{
+    // A failed lookup caches the address itself, so it is never asked again.
+    dnsCache_.insert(ip, name.value_or(ip));
+    dnsInFlight_.remove(ip);
+    emit hostNameResolved(ip);
 }
 
 } // namespace tallowmere

@@ -84,6 +84,7 @@ signals:
 
 private:
     void runPerAppCycle(LoopTask::Done done);
+    void hostResolved(const QString& ip, const std::optional<QString>& name);
 
     NetworkMonitorSources sources_;
     double downloadRate_ = 0;

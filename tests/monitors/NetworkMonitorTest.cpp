@@ -243,7 +243,7 @@ TEST(NetworkMonitorFlows, IntervalChangeReachesTheRunningLoopAtItsNextSleep)
     EXPECT_TRUE(monitor.isPerAppRunning());
 }
 
-TEST(NetworkMonitorFlows, DestroyingTheMonitorWithASampleInFlightIsSafe)
+TEST(NetworkMonitorFlows, DestroyingTheMonitorWithSampleAndLookupInFlightIsSafe)
 {
     auto release = std::make_shared<std::atomic<bool>>(false);
     NetworkMonitorSources sources;
@@ -253,9 +253,14 @@ TEST(NetworkMonitorFlows, DestroyingTheMonitorWithASampleInFlightIsSafe)
             std::this_thread::sleep_for(1ms);
         return FlowTable{{FlowKey{"a.1", "1.2.3.4"}, {1, 1}}};
     };
-    sources.reverseLookup = [](const QString&) { return std::optional<QString>(); };
+    sources.reverseLookup = [release](const QString&) {
+        while (!*release)
+            std::this_thread::sleep_for(1ms);
+        return std::optional<QString>("late.example");
+    };
     auto monitor = std::make_unique<NetworkMonitor>(sources);
     monitor->startPerApp();
+    monitor->resolveHost("1.2.3.4");
     monitor.reset();
     *release = true;
     QTest::qWait(50);
