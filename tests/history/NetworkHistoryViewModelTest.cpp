@@ -1,0 +1,147 @@
+#include "history/NetworkHistoryViewModel.h"
+
+#include "app/settings/AppSettings.h"
+#include "app/settings/PreferencesStore.h"
+#include "tests/history/HistoryTestSupport.h"
+
+#include <QSignalSpy>
+#include <QTest>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace tallowmere {
+namespace {
+
+constexpr std::int64_t kNow = 1'700'000'000;
+
+class NetworkHistoryViewModelTest : public ::testing::Test {
+protected:
+    NetworkHistoryViewModelTest()
+        : preferences(dir.filePath("preferences.json"))
+        , settings(preferences)
+        , store(dir.path(), clock.clock())
+        , model(store, settings, clock.clock())
+    {
+    }
+
+    // Reloads and waits for both answers.
+    void reloadAndWait()
+    {
+        QSignalSpy buckets(&model, &NetworkHistoryViewModel::bucketsChanged);
+        QSignalSpy apps(&model, &NetworkHistoryViewModel::appsChanged);
+        model.reload();
+        ASSERT_TRUE(test::waitUntil([&] { return buckets.count() == 1 && apps.count() == 1; }));
+    }
+
+    QTemporaryDir dir;
+    test::TestClock clock{kNow};
+    PreferencesStore preferences;
+    AppSettings settings;
+    NetworkUsageStore store;
+    NetworkHistoryViewModel model;
+};
+
+TEST(HistoryRange, RangesHaveTheirLabelsSpansAndWidths)
+{
+    ASSERT_EQ(kHistoryRanges.size(), 4u);
+    for (std::size_t i = 0; i < kHistoryRanges.size(); ++i)
+        EXPECT_EQ(static_cast<std::size_t>(kHistoryRanges[i].range), i);
+    EXPECT_STREQ(historyRangeInfo(HistoryRange::hour).label, "1H");
+    EXPECT_STREQ(historyRangeInfo(HistoryRange::day).label, "24H");
+    EXPECT_STREQ(historyRangeInfo(HistoryRange::week).label, "7D");
+    EXPECT_STREQ(historyRangeInfo(HistoryRange::month).label, "30D");
+    // Buckets shown: span / width + 1.
+    const int shown[] = {61, 49, 57, 61};
+    for (const HistoryRangeInfo& info : kHistoryRanges)
+        EXPECT_EQ(info.spanSeconds / info.bucketSeconds + 1, shown[static_cast<int>(info.range)]);
+}
+
+TEST_F(NetworkHistoryViewModelTest, StartsEmptyWithBothNoticesWhenRecordingIsOff)
+{
+    settings.setNetworkRecordingEnabled(false);
+    EXPECT_EQ(model.range(), HistoryRange::hour);
+    reloadAndWait();
+    EXPECT_EQ(model.buckets().size(), 61u);
+    EXPECT_FALSE(model.hasData());
+    EXPECT_EQ(model.peak(), 0u);
+    EXPECT_TRUE(model.peakLabel().isEmpty());
+    EXPECT_EQ(model.emptyNotice(), "No recorded activity in this range yet.");
+    EXPECT_EQ(model.recordingNotice(),
+              QStringLiteral("Background recording is off \u2014 history only accumulates while recording is enabled in Settings."));
+
+    QSignalSpy noticeSpy(&model, &NetworkHistoryViewModel::recordingNoticeChanged);
+    settings.setNetworkRecordingEnabled(true);
+    EXPECT_EQ(noticeSpy.count(), 1);
+    EXPECT_TRUE(model.recordingNotice().isEmpty());
+}
+
+TEST_F(NetworkHistoryViewModelTest, DerivesTotalsAndPeakFromTheSeries)
+{
+    store.record({{"a", "1.1.1.1", "1.1.1.1", 1000, 24}}, fromUnixSeconds(kNow - 600));
+    store.record({{"b", "2.2.2.2", "2.2.2.2", 1024 * 1024, 512 * 1024}}, fromUnixSeconds(kNow - 60));
+    reloadAndWait();
+    EXPECT_TRUE(model.hasData());
+    EXPECT_TRUE(model.emptyNotice().isEmpty());
+    EXPECT_EQ(model.totalIn(), 1000u + 1024 * 1024);
+    EXPECT_EQ(model.totalOut(), 24u + 512 * 1024);
+    EXPECT_EQ(model.peak(), 1536u * 1024);
+    EXPECT_EQ(model.peakLabel(), "Peak 1.5 MB");
+}
+
+TEST_F(NetworkHistoryViewModelTest, ListsTheTenBusiestAppsAndKeepsExpandedAcrossReloads)
+{
+    for (int i = 1; i <= 15; ++i)
+        store.record({{QStringLiteral("app%1").arg(i), "10.0.0.1", "10.0.0.1", static_cast<std::uint64_t>(i * 10), 0}},
+                     fromUnixSeconds(kNow - 120));
+    std::vector<FlowDelta> many;
+    for (int i = 1; i <= 20; ++i)
+        many.push_back({"browser", QStringLiteral("10.1.0.%1").arg(i), "h", 1000, 1});
+    store.record(many, fromUnixSeconds(kNow - 60));
+    reloadAndWait();
+    ASSERT_EQ(model.apps().size(), 10u);
+    EXPECT_EQ(model.apps()[0].name, "browser");
+    EXPECT_EQ(model.apps()[0].endpoints.size(), 12u);
+    EXPECT_EQ(model.apps()[0].bytesIn, 20'000u);
+    EXPECT_EQ(model.apps()[1].name, "app15");
+    EXPECT_EQ(model.apps()[9].name, "app7");
+
+    QSignalSpy expandedSpy(&model, &NetworkHistoryViewModel::expandedChanged);
+    model.toggleExpanded("browser");
+    model.toggleExpanded("app15");
+    model.toggleExpanded("app15");
+    EXPECT_EQ(expandedSpy.count(), 3);
+    EXPECT_TRUE(model.isExpanded("browser"));
+    EXPECT_FALSE(model.isExpanded("app15"));
+    reloadAndWait();
+    EXPECT_TRUE(model.isExpanded("browser"));
+}
+
+TEST_F(NetworkHistoryViewModelTest, ShownCardLoadsAtOnceAndReloadsWhenTheRangeChanges)
+{
+    store.record({{"old", "1.1.1.1", "1.1.1.1", 5, 5}}, fromUnixSeconds(kNow - 10 * 86400));
+    QSignalSpy buckets(&model, &NetworkHistoryViewModel::bucketsChanged);
+    QSignalSpy rangeSpy(&model, &NetworkHistoryViewModel::rangeChanged);
+    model.setShown(true);
+    EXPECT_TRUE(model.isShown());
+    ASSERT_TRUE(test::waitUntil([&] { return buckets.count() == 1; }));
+    EXPECT_FALSE(model.hasData()) << "ten days back is outside the hour";
+
+    model.setRange(HistoryRange::month);
+    EXPECT_EQ(rangeSpy.count(), 1);
+    ASSERT_TRUE(test::waitUntil([&] { return buckets.count() == 2; }));
+    ASSERT_EQ(model.buckets().size(), 61u);
+    EXPECT_EQ(model.buckets().front().id, (kNow - 2592000) / 43200 * 43200);
+    EXPECT_TRUE(model.hasData());
+    ASSERT_TRUE(test::waitUntil([&] { return model.apps().size() == 1; }));
+
+    model.setRange(HistoryRange::month);
+    EXPECT_EQ(rangeSpy.count(), 1);
+    model.setShown(false);
+    model.setRange(HistoryRange::week);
+    QTest::qWait(50);
+    EXPECT_EQ(buckets.count(), 2) << "a hidden card sends no queries";
+}
+
+} // namespace
+} // namespace tallowmere

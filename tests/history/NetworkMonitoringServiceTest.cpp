@@ -1,0 +1,149 @@
+#include "history/NetworkMonitoringService.h"
+
+#include "tests/history/HistoryTestSupport.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace tallowmere {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A service over a store in a temporary folder and a monitor whose flows grow by 1000 bytes
+// in each direction per sample on one connection.
+class NetworkMonitoringServiceTest : public ::testing::Test {
+protected:
+    NetworkMonitoringServiceTest()
+    {
+        NetworkMonitorSources sources;
+        sources.interfaceBytes = [this] {
+            ++interfaceReads;
+            return ByteCounts{static_cast<std::uint64_t>(interfaceReads) * 100, 0};
+        };
+        sources.flows = [samples = samples] {
+            const auto n = static_cast<std::uint64_t>(++*samples);
+            return FlowTable{{FlowKey{"curl.42", "192.0.2.7"}, {n * 1000, n * 1000}}};
+        };
+        sources.reverseLookup = [](const QString&) { return std::optional<QString>(); };
+        auto monitor = std::make_unique<NetworkMonitor>(sources);
+        auto store = std::make_unique<NetworkUsageStore>(dir.path());
+        service = std::make_unique<NetworkMonitoringService>(std::move(store), std::move(monitor));
+    }
+
+    std::int64_t storedIn()
+    {
+        service->usageStore().waitForIdle();
+        return test::scalar(service->usageStore().databasePath(), "SELECT coalesce(sum(bytes_in), 0) FROM endpoint_usage");
+    }
+
+    void set(bool page, bool menuBar, bool server, bool recording)
+    {
+        service->setPageActive(page);
+        service->setMenuBarActive(menuBar);
+        service->setServerActive(server);
+        service->setRecordingActive(recording);
+        service->updateMonitoring();
+    }
+
+    QTemporaryDir dir;
+    int interfaceReads = 0;
+    std::shared_ptr<std::atomic<int>> samples = std::make_shared<std::atomic<int>>(0);
+    std::unique_ptr<NetworkMonitoringService> service;
+};
+
+TEST_F(NetworkMonitoringServiceTest, NoConsumerRunsNothing)
+{
+    set(false, false, false, false);
+    EXPECT_FALSE(service->isActive());
+    EXPECT_FALSE(service->monitor().isThroughputRunning());
+    EXPECT_FALSE(service->monitor().isPerAppRunning());
+}
+
+TEST_F(NetworkMonitoringServiceTest, MenuBarOrServerRunThroughputOnly)
+{
+    set(false, false, true, false);
+    EXPECT_TRUE(service->isActive());
+    EXPECT_TRUE(service->monitor().isThroughputRunning());
+    EXPECT_FALSE(service->monitor().isPerAppRunning());
+    ASSERT_TRUE(test::waitUntil([&] { return service->monitor().history().size() >= 1; }, 3000));
+    EXPECT_EQ(samples->load(), 0) << "the per-app source is never asked";
+
+    set(false, true, false, false);
+    EXPECT_TRUE(service->monitor().isThroughputRunning());
+    set(false, false, false, false);
+    EXPECT_FALSE(service->monitor().isThroughputRunning());
+}
+
+TEST_F(NetworkMonitoringServiceTest, RecordingAloneSamplesEveryTenSecondsAndStores)
+{
+    QSignalSpy recordingSpy(service.get(), &NetworkMonitoringService::recordingActiveChanged);
+    set(false, false, false, true);
+    EXPECT_EQ(recordingSpy.count(), 1);
+    EXPECT_TRUE(service->isActive());
+    EXPECT_TRUE(service->monitor().isThroughputRunning());
+    EXPECT_TRUE(service->monitor().isPerAppRunning());
+    EXPECT_EQ(service->monitor().perAppInterval(), 10.0);
+    // Shorten the wait only for the test; the service leaves the value alone while it fits.
+    service->monitor().setPerAppInterval(0.02);
+    ASSERT_TRUE(test::waitUntil([&] { return samples->load() >= 3; }));
+    service->setRecordingActive(false);
+    service->updateMonitoring();
+    const int sampled = samples->load();
+    // The first sample is the baseline; each later one applied stored 1000 bytes (a sample
+    // still in flight when recording stopped is dropped).
+    const std::int64_t stored = storedIn();
+    EXPECT_EQ(stored % 1000, 0);
+    EXPECT_GE(stored, 2000);
+    EXPECT_LE(stored, (sampled - 1) * 1000);
+}
+
+TEST_F(NetworkMonitoringServiceTest, PagePeriodFollowsWhoIsWatchingWithoutRestartingTheLoop)
+{
+    set(false, false, false, true);
+    ASSERT_TRUE(service->monitor().isPerAppRunning());
+    set(true, false, false, true);
+    EXPECT_EQ(service->monitor().perAppInterval(), 2.0);
+    set(false, false, false, true);
+    EXPECT_EQ(service->monitor().perAppInterval(), 10.0);
+    // Only the first sample of the run was taken: no restart, so no second baseline sample.
+    ASSERT_TRUE(test::waitUntil([&] { return samples->load() == 1; }));
+    QTest::qWait(100);
+    EXPECT_EQ(samples->load(), 1);
+}
+
+TEST_F(NetworkMonitoringServiceTest, PageWithoutRecordingShowsButDoesNotStore)
+{
+    set(true, false, false, true);
+    service->monitor().setPerAppInterval(0.02);
+    ASSERT_TRUE(test::waitUntil([&] { return samples->load() >= 2; }));
+    set(true, false, false, false);
+    EXPECT_TRUE(service->monitor().isPerAppRunning());
+    EXPECT_EQ(service->monitor().perAppInterval(), 2.0);
+    service->monitor().setPerAppInterval(0.02);
+    const std::int64_t storedWhileRecording = storedIn();
+    const int sampledWhileRecording = samples->load();
+    ASSERT_TRUE(test::waitUntil([&] { return samples->load() >= sampledWhileRecording + 3; }));
+    // At most one round that was already under way when recording stopped.
+    EXPECT_LE(storedIn(), storedWhileRecording + 1000);
+}
+
+TEST_F(NetworkMonitoringServiceTest, SameFlagsAgainChangeNothing)
+{
+    set(false, true, false, false);
+    QSignalSpy pageSpy(service.get(), &MonitoringService::pageActiveChanged);
+    QSignalSpy menuSpy(service.get(), &MonitoringService::menuBarActiveChanged);
+    QSignalSpy recordingSpy(service.get(), &NetworkMonitoringService::recordingActiveChanged);
+    const int reads = interfaceReads;
+    set(false, true, false, false);
+    EXPECT_EQ(pageSpy.count() + menuSpy.count() + recordingSpy.count(), 0);
+    EXPECT_TRUE(service->monitor().isThroughputRunning());
+    EXPECT_FALSE(service->monitor().isPerAppRunning());
+    EXPECT_EQ(interfaceReads, reads) << "a restarted loop would have sampled at once";
+}
+
+} // namespace
+} // namespace tallowmere
