@@ -1,88 +1,20 @@
 #include "monitors/NetworkFlowSource.h"
 #include "monitors/NetworkMonitor.h"
 
-#include "app/core/UniqueFd.h"
 #include "monitors/ProcFiles.h"
+#include "tests/support/LoopbackConnection.h"
 #include "tests/support/TestSupport.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
+#include <unistd.h>
 
 #include <atomic>
-#include <stdexcept>
-#include <thread>
 
 #include <gtest/gtest.h>
 
 namespace tallowmere {
 namespace {
 
-// A TCP connection inside this process between two loopback addresses other than 127.0.0.1,
-// so both ends are recorded: the client sees 127.0.0.2, the accepted end sees 127.0.0.3.
-struct LoopbackConnection {
-    UniqueFd listener, client, server;
-    static constexpr const char* kServerAddress = "127.0.0.2";
-    static constexpr const char* kClientAddress = "127.0.0.3";
-
-    LoopbackConnection()
-    {
-        listener.reset(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        sockaddr_in address = endpoint(kServerAddress);
-        socklen_t length = sizeof address;
-        if (::bind(listener.get(), reinterpret_cast<sockaddr*>(&address), length) != 0
-            || ::listen(listener.get(), 1) != 0
-            || ::getsockname(listener.get(), reinterpret_cast<sockaddr*>(&address), &length) != 0)
-            throw std::runtime_error("cannot listen on 127.0.0.2");
-        client.reset(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        sockaddr_in local = endpoint(kClientAddress);
-        if (::bind(client.get(), reinterpret_cast<sockaddr*>(&local), sizeof local) != 0
-            || ::connect(client.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0)
-            throw std::runtime_error("cannot connect to 127.0.0.2");
-        server.reset(::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
-    }
-
-    static sockaddr_in endpoint(const char* ip)
-    {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        inet_pton(AF_INET, ip, &address.sin_addr);
-        return address;
-    }
-
-    static void sendAll(int fd, std::size_t count)
-    {
-        const std::vector<char> chunk(16 * 1024, 'x');
-        while (count > 0) {
-            const ssize_t sent = ::send(fd, chunk.data(), std::min(count, chunk.size()), MSG_NOSIGNAL);
-            if (sent <= 0)
-                return;
-            count -= static_cast<std::size_t>(sent);
-        }
-    }
-    static void receiveAll(int fd, std::size_t count)
-    {
-        std::vector<char> buffer(64 * 1024);
-        while (count > 0) {
-            const ssize_t got = ::recv(fd, buffer.data(), std::min(count, buffer.size()), 0);
-            if (got <= 0)
-                return;
-            count -= static_cast<std::size_t>(got);
-        }
-    }
-
-    // Moves `up` bytes from client to server and `down` bytes back, both ends read to the last.
-    void exchange(std::size_t up, std::size_t down)
-    {
-        std::thread serverSide([&] {
-            receiveAll(server.get(), up);
-            sendAll(server.get(), down);
-        });
-        sendAll(client.get(), up);
-        receiveAll(client.get(), down);
-        serverSide.join();
-    }
-};
+using test::LoopbackConnection;
 
 QString ownCommand()
 {

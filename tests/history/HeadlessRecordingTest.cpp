@@ -1,0 +1,118 @@
+#include "tests/history/HistoryTestSupport.h"
+#include "tests/support/LoopbackConnection.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <signal.h>
+
+#include <gtest/gtest.h>
+
+namespace tallowmere {
+namespace {
+
+using test::LoopbackConnection;
+
+// build/tallowmere --headless --record on, with data and settings in temporary folders.
+class HeadlessRecordingTest : public ::testing::Test {
+protected:
+    void start(const QString& dataHome)
+    {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("XDG_DATA_HOME", dataHome);
+        env.insert("XDG_CONFIG_HOME", home.filePath("config"));
+        env.remove("DISPLAY");
+        env.remove("WAYLAND_DISPLAY");
+        env.remove("QT_QPA_PLATFORM");
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral(TALLOWMERE_BINARY_DIR "/tallowmere"), {"--headless", "--record", "on"});
+        ASSERT_TRUE(process.waitForStarted());
+    }
+    void TearDown() override
+    {
+        if (process.state() != QProcess::NotRunning) {
+            process.terminate();
+            if (!process.waitForFinished(5000))
+                process.kill();
+            process.waitForFinished();
+        }
+    }
+    bool stderrContains(const QString& text)
+    {
+        errors += process.readAllStandardError();
+        return errors.contains(text.toUtf8());
+    }
+    QString database() const { return home.filePath("data/Tallowmere/network-usage.sqlite"); }
+
+    // Bytes recorded for this test process (its command name) talking to the listener.
+    std::pair<std::int64_t, std::int64_t> recordedToServer() const
+    {
+        const std::string where = std::string(" FROM endpoint_usage WHERE app = '") + qPrintable(ownCommand())
+            + "' AND ip = '" + LoopbackConnection::kServerAddress + "'";
+        return {test::scalar(database(), "SELECT coalesce(sum(bytes_in), 0)" + where),
+                test::scalar(database(), "SELECT coalesce(sum(bytes_out), 0)" + where)};
+    }
+    static QString ownCommand()
+    {
+        return QString::fromUtf8(test::readFile("/proc/self/comm")).trimmed();
+    }
+
+    QTemporaryDir home;
+    QProcess process;
+    QByteArray errors;
+};
+
+TEST_F(HeadlessRecordingTest, RecordsRealTrafficAndKeepsCommittedBatchesThroughSigkill)
+{
+    // The connection exists before the first sample, which takes the baseline at launch.
+    LoopbackConnection connection;
+    start(home.filePath("data"));
+    ASSERT_TRUE(test::waitUntil([&] { return stderrContains("running headless"); }, 10'000)) << errors.constData();
+    QTest::qWait(1000);
+
+    constexpr std::int64_t up = 40'000, down = 160'000;
+    connection.exchange(up, down);
+    // Recording alone samples every 10 seconds.
+    ASSERT_TRUE(test::waitUntil([&] { return recordedToServer() == std::pair{down, up}; }, 25'000))
+        << "recorded in " << recordedToServer().first << " out " << recordedToServer().second;
+
+    connection.exchange(1000, 2000);
+    ASSERT_TRUE(test::waitUntil([&] { return recordedToServer().first == down + 2000; }, 25'000));
+    const auto committed = recordedToServer();
+    // Keep traffic going so the kill may well land in the middle of a batch.
+    connection.exchange(5000, 5000);
+    ::kill(static_cast<pid_t>(process.processId()), SIGKILL);
+    ASSERT_TRUE(process.waitForFinished(5000));
+
+    auto db = SqliteDatabase::open(database());
+    ASSERT_TRUE(db);
+    SqliteStatement check = db->prepare("PRAGMA integrity_check");
+    ASSERT_TRUE(check.step());
+    EXPECT_EQ(check.columnText(0), QStringLiteral("ok"));
+    const auto afterKill = recordedToServer();
+    EXPECT_GE(afterKill.first, committed.first);
+    EXPECT_GE(afterKill.second, committed.second);
+}
+
+TEST_F(HeadlessRecordingTest, UnusableDataDirectoryGivesOneMessageAndTheProgramRunsOn)
+{
+    // A regular file where the data folder should be: no privilege can create a folder in it.
+    const QString blocked = home.filePath("not-a-folder");
+    QFile file(blocked);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.close();
+    start(blocked);
+    ASSERT_TRUE(test::waitUntil([&] { return stderrContains("network history is off"); }, 10'000)) << errors.constData();
+    QTest::qWait(1500);
+    stderrContains({});
+    EXPECT_EQ(process.state(), QProcess::Running);
+    EXPECT_EQ(errors.count("network history"), 1) << errors.constData();
+    process.terminate();
+    ASSERT_TRUE(process.waitForFinished(5000));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+}
+
+} // namespace
+} // namespace tallowmere
