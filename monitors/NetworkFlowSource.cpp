@@ -2,8 +2,6 @@
 
 #include "monitors/NetworkFlows.h"
 
-#include <sys/socket.h>
-
 namespace tallowmere {
 
 NetworkFlowSource::NetworkFlowSource(std::string procRoot)
@@ -14,14 +12,9 @@ NetworkFlowSource::NetworkFlowSource(std::string procRoot)
 FlowTable NetworkFlowSource::sample()
 {
     std::lock_guard lock(mutex_);
-    auto records = socket_.dumpTcp(AF_INET);
-    auto records6 = socket_.dumpTcp(AF_INET6);
-    if (!records && !records6)
-        return {};
+    const auto records = socket_.dumpAllTcp();
     if (!records)
-        records.emplace();
-    if (records6)
-        records->insert(records->end(), records6->begin(), records6->end());
+        return {};
 
     std::vector<std::uint64_t> inodes;
     inodes.reserve(records->size());

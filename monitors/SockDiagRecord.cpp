@@ -84,7 +84,8 @@ SockDiagChunk decodeSockDiagChunk(std::span<const std::byte> buffer, std::uint32
         } else if (header.nlmsg_type == NLMSG_ERROR) {
             chunk.failed = true;
             return chunk;
-        } else if (header.nlmsg_type == SOCK_DIAG_BY_FAMILY && payloadLength >= sizeof(inet_diag_msg)) {
+        } else if ((header.nlmsg_type == SOCK_DIAG_BY_FAMILY || header.nlmsg_type == TCPDIAG_GETSOCK)
+                   && payloadLength >= sizeof(inet_diag_msg)) {
             chunk.records.push_back(decodeMessage(payload, payloadLength));
         }
         if (step >= remaining)
@@ -95,26 +96,51 @@ SockDiagChunk decodeSockDiagChunk(std::span<const std::byte> buffer, std::uint32
     return chunk;
 }
 
-std::vector<std::byte> sockDiagDumpRequest(int family, std::uint32_t sequence)
+namespace {
+
+// Listening, TIME_WAIT and half-open request sockets belong to no process's traffic.
+// (Kernel TCP state numbers; NEW_SYN_RECV has no name in the user-space headers.)
+constexpr unsigned kTimeWait = 6, kListen = 10, kNewSynRecv = 12;
+constexpr unsigned kWantedStates = ~((1u << kTimeWait) | (1u << kListen) | (1u << kNewSynRecv));
+
+template <class Request>
+std::vector<std::byte> requestBytes(std::uint16_t type, std::uint32_t sequence, const Request& request)
 {
     struct {
         nlmsghdr header;
-        inet_diag_req_v2 request;
+        Request request;
     } message{};
     message.header.nlmsg_len = sizeof message;
-    message.header.nlmsg_type = SOCK_DIAG_BY_FAMILY;
+    message.header.nlmsg_type = type;
     message.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
     message.header.nlmsg_seq = sequence;
-    message.request.sdiag_family = static_cast<__u8>(family);
-    message.request.sdiag_protocol = IPPROTO_TCP;
-    // Listening, TIME_WAIT and half-open request sockets belong to no process's traffic.
-    // (Kernel TCP state numbers; NEW_SYN_RECV has no name in the user-space headers.)
-    constexpr unsigned timeWait = 6, listen = 10, newSynRecv = 12;
-    message.request.idiag_states = ~((1u << timeWait) | (1u << listen) | (1u << newSynRecv));
-    message.request.idiag_ext = 1 << (INET_DIAG_INFO - 1);
+    message.request = request;
     std::vector<std::byte> bytes(sizeof message);
     std::memcpy(bytes.data(), &message, sizeof message);
     return bytes;
+}
+
+} // namespace
+
+std::vector<std::byte> sockDiagDumpRequest(int family, std::uint32_t sequence)
+{
+    inet_diag_req_v2 request{};
+    request.sdiag_family = static_cast<__u8>(family);
+    request.sdiag_protocol = IPPROTO_TCP;
+    request.idiag_states = kWantedStates;
+    request.idiag_ext = 1 << (INET_DIAG_INFO - 1);
+    return requestBytes(SOCK_DIAG_BY_FAMILY, sequence, request);
+}
+
+std::vector<std::byte> sockDiagBothFamiliesRequest(std::uint32_t sequence)
+{
+    // The older request form walks the kernel's connection table once for IPv4 and IPv6
+    // together; the per-family form walks the whole table once per family.
+    inet_diag_req request{};
+    request.idiag_family = AF_INET;
+    request.idiag_states = kWantedStates;
+    request.idiag_ext = 1 << (INET_DIAG_INFO - 1);
+    return requestBytes(TCPDIAG_GETSOCK, sequence, request);
 }
 
 std::optional<QString> remoteAddressText(const SockDiagRecord& record)

@@ -35,6 +35,9 @@ SockDiagChunk decodeSockDiagChunk(std::span<const std::byte> buffer, std::uint32
 // The request bytes of a dump of the connected TCP sockets of one family, with INET_DIAG_INFO.
 std::vector<std::byte> sockDiagDumpRequest(int family, std::uint32_t sequence);
 
+// The same for IPv4 and IPv6 in one dump, at half the kernel's cost.
+std::vector<std::byte> sockDiagBothFamiliesRequest(std::uint32_t sequence);
+
 // Remote address as text ("17.253.1.2", "2606:4700::1"); IPv4-mapped IPv6 addresses are
 // written as the IPv4 address they carry. None for an unknown family.
 std::optional<QString> remoteAddressText(const SockDiagRecord& record);

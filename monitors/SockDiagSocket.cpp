@@ -21,10 +21,33 @@ SockDiagSocket::SockDiagSocket()
 
 std::optional<std::vector<SockDiagRecord>> SockDiagSocket::dumpTcp(int family)
 {
+    const std::uint32_t sequence = ++sequence_;
+    return dump(sockDiagDumpRequest(family, sequence), sequence);
+}
+
+std::optional<std::vector<SockDiagRecord>> SockDiagSocket::dumpAllTcp()
+{
+    if (!bothFamiliesRefused_) {
+        const std::uint32_t sequence = ++sequence_;
+        if (auto records = dump(sockDiagBothFamiliesRequest(sequence), sequence))
+            return records;
+        // A kernel without the older request form answers with an error; stop asking.
+        bothFamiliesRefused_ = true;
+    }
+    auto records = dumpTcp(AF_INET);
+    auto records6 = dumpTcp(AF_INET6);
+    if (!records)
+        return records6;
+    if (records6)
+        records->insert(records->end(), records6->begin(), records6->end());
+    return records;
+}
+
+std::optional<std::vector<SockDiagRecord>> SockDiagSocket::dump(const std::vector<std::byte>& request,
+                                                                std::uint32_t sequence)
+{
     if (!fd_)
         return std::nullopt;
-    const std::uint32_t sequence = ++sequence_;
-    const std::vector<std::byte> request = sockDiagDumpRequest(family, sequence);
     sockaddr_nl kernel{};
     kernel.nl_family = AF_NETLINK;
     if (::sendto(fd_.get(), request.data(), request.size(), 0, reinterpret_cast<sockaddr*>(&kernel),

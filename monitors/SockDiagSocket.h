@@ -22,9 +22,15 @@ public:
     // it from detached work.
     std::optional<std::vector<SockDiagRecord>> dumpTcp(int family);
 
+    // IPv4 and IPv6 together: one dump where the kernel offers it, else one per family.
+    std::optional<std::vector<SockDiagRecord>> dumpAllTcp();
+
 private:
+    std::optional<std::vector<SockDiagRecord>> dump(const std::vector<std::byte>& request, std::uint32_t sequence);
+
     UniqueFd fd_;
     std::uint32_t sequence_ = 0;
+    bool bothFamiliesRefused_ = false;
     std::vector<std::byte> buffer_;
 };
 

@@ -154,6 +154,16 @@ TEST(SockDiagRecord, DumpRequestAsksForTcpWithInfoLeavingListenersOut)
     EXPECT_TRUE(request.idiag_ext & (1 << (INET_DIAG_INFO - 1)));
     EXPECT_TRUE(request.idiag_states & (1 << 1)) << "established";
     EXPECT_FALSE(request.idiag_states & (1 << 10)) << "listening";
+
+    const std::vector<std::byte> both = sockDiagBothFamiliesRequest(10);
+    ASSERT_EQ(both.size(), NLMSG_LENGTH(sizeof(inet_diag_req)));
+    std::memcpy(&header, both.data(), sizeof header);
+    EXPECT_EQ(header.nlmsg_type, TCPDIAG_GETSOCK);
+    EXPECT_EQ(header.nlmsg_seq, 10u);
+    inet_diag_req older;
+    std::memcpy(&older, both.data() + NLMSG_HDRLEN, sizeof older);
+    EXPECT_TRUE(older.idiag_ext & (1 << (INET_DIAG_INFO - 1)));
+    EXPECT_EQ(older.idiag_states, request.idiag_states);
 }
 
 } // namespace
