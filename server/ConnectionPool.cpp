@@ -65,15 +65,15 @@ void ConnectionPool::adopt(int fd)
         ::close(fd);
         return;
     }
-    if (openConnections() >= limits_.maxConnections)
-        close(connections_.begin());
-
     const quint64 id = nextId_++;
     auto [it, inserted] = connections_.emplace(
         id, std::make_unique<Connection>(fd, limits_.request, Clock::now() + limits_.deadline));
     // Clients usually send their request right after connecting, so it is often waiting
     // already and can be answered without watching the socket at all.
     receive(it);
+    // Only a newcomer that has to wait takes a place, from the one waiting longest.
+    if (openConnections() > limits_.maxConnections)
+        close(connections_.begin());
     if (!connections_.empty() && !sweep_.isActive())
         sweep_.start();
 }

@@ -11,35 +11,31 @@ namespace tallowmere::test {
 
 struct ClientResult {
     bool connected = false;
-    QByteArray received; // everything the server sent until it closed
+    QByteArray received; // all the server sent before closing
 };
 
-// A plain socket client on a worker thread, so the server's event loop keeps running on the
-// main thread: connects, writes each piece with a pause between them, optionally closes its
-// sending side, then reads until the server closes or `readTimeout` passes without a byte.
+// A plain socket client on a worker thread, so the server keeps running on this one: writes
+// each piece with a pause between them, may close its sending side, then reads until the
+// server closes or `readTimeout` passes in silence.
 struct ClientPlan {
-    QHostAddress address = QHostAddress(QHostAddress::LocalHost);
     quint16 port = 0;
     std::vector<QByteArray> pieces;
     std::chrono::milliseconds pause{30};
     bool closeAfterSending = false;
     std::chrono::milliseconds readTimeout{5000};
+    QHostAddress address = QHostAddress(QHostAddress::LocalHost);
 };
 
 std::future<ClientResult> startClient(ClientPlan plan);
-
-// Runs the Qt event loop until the client is done (at most 20 s) and returns its result.
+// Runs the event loop until the client is done.
 ClientResult finish(std::future<ClientResult>& client);
-
-// Both in one: the whole exchange of one request with a server on this thread.
 ClientResult exchange(quint16 port, const QByteArray& request);
 
-// The parts of an HTTP response.
+// Status line, headers in order, body.
 struct ParsedResponse {
     QByteArray statusLine;
-    std::vector<std::pair<QByteArray, QByteArray>> headers; // in order, as sent
+    std::vector<std::pair<QByteArray, QByteArray>> headers;
     QByteArray body;
-    QByteArray header(const QByteArray& name) const;
 };
 ParsedResponse parseResponse(const QByteArray& bytes);
 

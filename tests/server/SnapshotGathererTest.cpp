@@ -1,7 +1,5 @@
 #include "server/SnapshotCapture.h"
 #include "server/SnapshotGatherer.h"
-#include "server/StatsServer.h"
-#include "tests/server/LoopbackClient.h"
 #include "tests/support/TestSupport.h"
 
 #include "hardware/SystemInfo.h"
@@ -11,8 +9,6 @@
 #include "monitors/MemoryMonitoringService.h"
 #include "power/BatteryInfo.h"
 
-#include <QThread>
-
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -21,234 +17,90 @@ namespace {
 
 constexpr std::uint64_t GiB = 1ull << 30;
 
-// Real services whose monitors read counters that move by known steps on every sample.
+// Real services whose counters move by known steps on every sample.
 struct MovingServices {
-    int cpuReads = 0, diskReads = 0, netReads = 0;
+    std::uint32_t cpuReads = 0;
+    std::uint64_t diskReads = 0, netReads = 0;
+    CPUMonitoringService cpu{std::make_unique<CPUMonitor>(CPUSources{
+        [this] { return std::optional(CPUTicks{100 + 30 * cpuReads, 50 + 10 * cpuReads, 850 + 60 * cpuReads++, 0}); },
+        [] { return ProcessSnapshot{}; }})};
+    MemoryMonitoringService memory{std::make_unique<MemoryMonitor>(MemorySources{
+        [] { return std::optional(MemoryCounters{16 * GiB, 5 * GiB, 2 * GiB, GiB}); }, [] { return ProgramMemoryMap{}; }})};
+    DiskMonitoringService disk{std::make_unique<DiskMonitor>(DiskSources{
+        [] { return std::optional(VolumeCapacity{500 * GiB, 200 * GiB}); },
+        [this] { return std::optional(DiskCounters{diskReads * 1000000, diskReads++ * 3000000}); }})};
+    NetworkMonitoringService network{nullptr, std::make_unique<NetworkMonitor>(NetworkMonitorSources{
+        [this] { return ByteCounts{5000 + netReads * 1000, 7000 + netReads++ * 250}; }, [] { return FlowTable{}; },
+        [](const QString&) { return std::optional<QString>(); }})};
 
-    std::unique_ptr<CPUMonitoringService> cpu = std::make_unique<CPUMonitoringService>(std::make_unique<CPUMonitor>(
-        CPUSources{[this]() -> std::optional<CPUTicks> {
-                       const auto n = static_cast<std::uint32_t>(cpuReads++);
-                       return CPUTicks{100 + 30 * n, 50 + 10 * n, 850 + 60 * n, 0};
-                   },
-                   [] { return ProcessSnapshot{}; }}));
-    std::unique_ptr<MemoryMonitoringService> memory = std::make_unique<MemoryMonitoringService>(
-        std::make_unique<MemoryMonitor>(MemorySources{[] { return std::optional(MemoryCounters{16 * GiB, 5 * GiB, 2 * GiB, GiB}); },
-                                                      [] { return ProgramMemoryMap{}; }}));
-    std::unique_ptr<DiskMonitoringService> disk = std::make_unique<DiskMonitoringService>(std::make_unique<DiskMonitor>(
-        DiskSources{[] { return std::optional(VolumeCapacity{500 * GiB, 200 * GiB}); },
-                    [this] {
-                        const auto n = static_cast<std::uint64_t>(diskReads++);
-                        return std::optional(DiskCounters{n * 1000000, n * 3000000});
-                    }}));
-    std::unique_ptr<NetworkMonitoringService> network = std::make_unique<NetworkMonitoringService>(
-        nullptr, std::make_unique<NetworkMonitor>(NetworkMonitorSources{
-                     [this] {
-                         const auto n = static_cast<std::uint64_t>(netReads++);
-                         return ByteCounts{5000 + n * 1000, 7000 + n * 250};
-                     },
-                     [] { return FlowTable{}; }, [](const QString&) { return std::optional<QString>(); }}));
-
-    SnapshotServices weak() const { return {cpu.get(), memory.get(), disk.get(), network.get()}; }
+    std::vector<MonitoringService*> all() { return {&cpu, &memory, &disk, &network}; }
 };
 
 SystemInfo sampleSystem()
 {
     SystemInfo info;
     info.machine = QStringLiteral("x86_64");
-    info.cpuBrand = QStringLiteral("Test CPU @ 2.00GHz");
     info.cpuCores = 12;
-    info.memoryGB = 31.25;
-    info.osVersion = QStringLiteral("Debian GNU/Linux 12 (bookworm)");
-    info.osComputerName = QStringLiteral("bench-host");
     return info;
 }
 
-TEST(SnapshotGatherer, CopiesThePublishedFiguresOfEveryService)
+TEST(SnapshotGatherer, CopiesEveryServicesFiguresAndZerosForThoseGone)
 {
-    MovingServices live;
-    SnapshotGatherer gatherer([] { return BatteryInfo::noBattery(); }, sampleSystem);
-    gatherer.setServices(live.weak());
-    for (MonitoringService* s : std::initializer_list<MonitoringService*>{live.cpu.get(), live.memory.get(),
-                                                                          live.disk.get(), live.network.get()}) {
+    auto live = std::make_unique<MovingServices>();
+    int systemReads = 0;
+    SnapshotGatherer gatherer([] { return BatteryInfo::noBattery(); }, [&] { return ++systemReads, sampleSystem(); });
+    gatherer.setServices({&live->cpu, &live->memory, &live->disk, &live->network});
+    EXPECT_EQ(gatherer.makeSnapshot().network.sessionDownloadBytes, 0u); // never sampled
+    for (MonitoringService* s : live->all()) {
         s->setServerActive(true);
         s->updateMonitoring();
     }
-    ASSERT_TRUE(test::waitUntil([&] {
-        return !live.cpu->monitor().history().isEmpty() && !live.disk->monitor().history().isEmpty() &&
-               !live.network->monitor().history().isEmpty();
-    }));
+    ASSERT_TRUE(test::waitUntil([&] { return !live->cpu.monitor().history().isEmpty() && !live->disk.monitor().history().isEmpty(); }));
 
+    gatherer.cacheSystem();
     const StatsSnapshot s = gatherer.makeSnapshot();
-    const CPUMonitor& cpu = live.cpu->monitor();
-    EXPECT_EQ(s.cpu.usagePercent, cpu.currentUsage());
-    EXPECT_EQ(s.cpu.userPercent, cpu.userUsage());
-    EXPECT_EQ(s.cpu.systemPercent, cpu.systemUsage());
-    EXPECT_GT(s.cpu.usagePercent, s.cpu.userPercent); // distinct figures, so a swap would show
-    EXPECT_GT(s.cpu.userPercent, s.cpu.systemPercent);
-
-    EXPECT_EQ(s.memory.totalGB, 16);
-    EXPECT_EQ(s.memory.activeGB, 5);
-    EXPECT_EQ(s.memory.wiredGB, 2);
-    EXPECT_EQ(s.memory.compressedGB, 1);
-    EXPECT_EQ(s.memory.usedGB, 8);
-    EXPECT_EQ(s.memory.freeGB, 8);
-    EXPECT_EQ(s.memory.usagePercent, 50);
-
-    const DiskMonitor& disk = live.disk->monitor();
-    EXPECT_EQ(s.disk.totalGB, 500);
-    EXPECT_EQ(s.disk.freeGB, 200);
-    EXPECT_EQ(s.disk.usedGB, 300);
-    EXPECT_EQ(s.disk.usagePercent, 60);
-    EXPECT_EQ(s.disk.readBytesPerSec, disk.readBytesPerSec());
-    EXPECT_EQ(s.disk.writeBytesPerSec, disk.writeBytesPerSec());
-    EXPECT_GT(s.disk.writeBytesPerSec, s.disk.readBytesPerSec);
-
-    EXPECT_EQ(s.network.downloadBytesPerSec, 1000);
-    EXPECT_EQ(s.network.uploadBytesPerSec, 250);
-    EXPECT_EQ(s.network.sessionDownloadBytes, live.network->monitor().sessionDownload());
-    EXPECT_EQ(s.network.sessionUploadBytes, live.network->monitor().sessionUpload());
-    EXPECT_GE(s.network.sessionDownloadBytes, 1000u);
-
-    EXPECT_EQ(s.system.logicalCores, 12);
+    const CPUMonitor& cpu = live->cpu.monitor();
+    EXPECT_EQ(std::vector<double>({s.cpu.usagePercent, s.cpu.userPercent, s.cpu.systemPercent}),
+              std::vector<double>({cpu.currentUsage(), cpu.userUsage(), cpu.systemUsage()}));
+    EXPECT_GT(s.cpu.userPercent, s.cpu.systemPercent); // distinct, so a mix-up would show
+    EXPECT_EQ(std::vector<double>({s.memory.usagePercent, s.memory.usedGB, s.memory.freeGB, s.memory.totalGB,
+                                   s.memory.activeGB, s.memory.wiredGB, s.memory.compressedGB}),
+              std::vector<double>({50, 8, 8, 16, 5, 2, 1}));
+    EXPECT_EQ(std::vector<double>({s.disk.usagePercent, s.disk.usedGB, s.disk.freeGB, s.disk.totalGB}),
+              std::vector<double>({60, 300, 200, 500}));
+    EXPECT_EQ(s.disk.writeBytesPerSec, live->disk.monitor().writeBytesPerSec());
+    EXPECT_EQ(std::vector<double>({s.network.downloadBytesPerSec, s.network.uploadBytesPerSec}), std::vector<double>({1000, 250}));
+    EXPECT_EQ(s.network.sessionUploadBytes, live->network.monitor().sessionUpload());
     EXPECT_EQ(s.system.model, QStringLiteral("x86_64")); // no model identifier: the machine name
-    EXPECT_EQ(s.timestamp.size(), 20);
-    EXPECT_TRUE(s.timestamp.endsWith(u'Z'));
-}
+    EXPECT_EQ(s.system.logicalCores, 12);
 
-TEST(SnapshotGatherer, ServicesThatAreGoneOrNeverSampledGiveZeros)
-{
-    MovingServices live;
-    SnapshotGatherer gatherer([] { return BatteryInfo::noBattery(); }, sampleSystem);
-    gatherer.setServices(live.weak());
-    // Nothing has sampled yet.
-    StatsSnapshot s = gatherer.makeSnapshot();
-    EXPECT_EQ(s.network.downloadBytesPerSec, 0);
-    EXPECT_EQ(s.network.sessionDownloadBytes, 0u);
-    EXPECT_EQ(s.cpu.usagePercent, 0);
-
-    live.memory->setServerActive(true);
-    live.memory->updateMonitoring(); // samples at once
-    live.memory.reset();
-    live.network.reset();
-    s = gatherer.makeSnapshot();
-    EXPECT_EQ(s.memory.totalGB, 0);
-    EXPECT_EQ(s.network.uploadBytesPerSec, 0);
-    EXPECT_EQ(s.system.cpuBrand, QStringLiteral("Test CPU @ 2.00GHz")); // the rest is still there
-}
-
-TEST(SnapshotGatherer, BatteryIsReadAfreshAndTheMachineOnlyOnceCached)
-{
-    int batteryReads = 0, systemReads = 0;
-    SnapshotGatherer gatherer(
-        [&] {
-            ++batteryReads;
-            return BatteryInfo::noBattery();
-        },
-        [&] {
-            ++systemReads;
-            return sampleSystem();
-        });
-    gatherer.makeSnapshot();
-    gatherer.makeSnapshot();
-    EXPECT_EQ(systemReads, 2); // gathered for each snapshot while nothing is cached
     gatherer.cacheSystem();
-    gatherer.cacheSystem();
-    gatherer.makeSnapshot();
-    EXPECT_EQ(systemReads, 3);
-    EXPECT_EQ(batteryReads, 3);
-}
-
-TEST(SnapshotGatherer, BatterySectionCarriesTheDerivedHealth)
-{
-    struct Case {
-        int design, maximum;
-        int percent;
-        const char* status;
-    };
-    for (const Case& c : {Case{5000, 5200, 100, "Normal"}, Case{5000, 3990, 80, "Normal"},
-                          Case{5000, 2970, 59, "Service Recommended"}, Case{5000, 2990, 60, "Fair"}}) {
-        BatteryInfo info;
-        info.isPresent = true;
-        info.designCapacity = c.design;
-        info.maxCapacity = c.maximum;
-        info.cycleCount = 120;
-        info.powerSource = QStringLiteral("AC Power");
-        const auto section = SnapshotGatherer::batterySection(info);
-        EXPECT_EQ(section.maximumCapacityPercent, c.percent) << c.maximum;
-        EXPECT_EQ(section.healthStatus, QString::fromLatin1(c.status)) << c.maximum;
-        EXPECT_EQ(section.cycleCount, 120);
-        EXPECT_FALSE(section.percentage.has_value());
-    }
-    const auto none = SnapshotGatherer::batterySection(BatteryInfo::noBattery());
-    EXPECT_FALSE(none.isPresent);
-    EXPECT_EQ(none.healthStatus, "Unknown");
-    EXPECT_EQ(nlohmann::json::parse(encodeJSON(none).toStdString()).size(), 2u);
-}
-
-TEST(SnapshotGatherer, ModelFallsBackToTheMachineNameAndIsLeftOutWithoutEither)
-{
-    SystemInfo info = sampleSystem();
-    info.modelIdentifier = QStringLiteral("20XW00FJUS");
-    EXPECT_EQ(SnapshotGatherer::systemSection(info).model, QStringLiteral("20XW00FJUS"));
-    info.modelIdentifier.reset();
-    info.machine.reset();
-    const auto section = SnapshotGatherer::systemSection(info);
-    EXPECT_FALSE(section.model.has_value());
-    EXPECT_FALSE(encodeJSON(section).contains("model"));
-    EXPECT_EQ(section.computerName, QStringLiteral("bench-host"));
-    EXPECT_EQ(section.memoryGB, 31.25);
+    live.reset();
+    const StatsSnapshot after = gatherer.makeSnapshot();
+    EXPECT_EQ(after.memory.totalGB, 0);
+    EXPECT_EQ(after.network.sessionUploadBytes, 0u);
+    EXPECT_EQ(after.system.logicalCores, 12);
+    EXPECT_EQ(systemReads, 2); // once for the uncached snapshot, once for the cache
 }
 
 TEST(SnapshotCapture, WaitsForRealRatesAndRestoresTheFlags)
 {
     MovingServices live;
-    live.cpu->setMenuBarActive(true); // another consumer that must keep its loop
-    live.cpu->updateMonitoring();
+    live.cpu.setMenuBarActive(true); // another consumer whose loop must go on
+    live.cpu.updateMonitoring();
     SnapshotGatherer gatherer([] { return BatteryInfo::noBattery(); }, sampleSystem);
-    gatherer.setServices(live.weak());
+    gatherer.setServices({&live.cpu, &live.memory, &live.disk, &live.network});
 
     const auto document = nlohmann::json::parse(captureSnapshot(gatherer).toStdString());
     EXPECT_GT(document["cpu"]["usagePercent"].get<double>(), 0);
-    EXPECT_EQ(document["network"]["downloadBytesPerSec"], 1000);
     EXPECT_GT(document["disk"]["readBytesPerSec"].get<double>(), 0);
-    EXPECT_EQ(document["memory"]["usedGB"], 8);
-    EXPECT_EQ(document["system"]["logicalCores"], 12);
-
-    for (MonitoringService* s : std::initializer_list<MonitoringService*>{live.cpu.get(), live.memory.get(),
-                                                                          live.disk.get(), live.network.get()})
+    EXPECT_EQ(document["network"]["downloadBytesPerSec"], 1000);
+    for (MonitoringService* s : live.all())
         EXPECT_FALSE(s->serverActive());
-    EXPECT_TRUE(live.cpu->menuBarActive());
-    const int cpuReads = live.cpu->monitor().history().size();
-    const int diskReads = live.diskReads;
-    EXPECT_TRUE(test::waitUntil([&] { return live.cpu->monitor().history().size() > cpuReads; }));
-    EXPECT_EQ(live.diskReads, diskReads); // the disk loop stopped with the capture
-}
-
-// The production path on this machine: real monitors, the machine's own battery and
-// inventory readers, answered over loopback.
-TEST(StatsServerLive, StatsFromThisMachine)
-{
-    CPUMonitoringService cpu;
-    MemoryMonitoringService memory;
-    cpu.setServerActive(true);
-    cpu.updateMonitoring();
-    memory.setServerActive(true);
-    memory.updateMonitoring();
-    StatsServer server(0);
-    server.setServices({&cpu, &memory, nullptr, nullptr});
-    server.start();
-    ASSERT_TRUE(server.isRunning());
-    ASSERT_TRUE(test::waitUntil([&] { return !cpu.monitor().history().isEmpty(); }));
-
-    const auto response = test::parseResponse(test::exchange(server.listeningPort(), "GET /stats HTTP/1.1\r\n\r\n").received);
-    ASSERT_EQ(response.statusLine, "HTTP/1.1 200 OK");
-    const auto document = nlohmann::json::parse(response.body.toStdString());
-    EXPECT_EQ(document["system"]["logicalCores"], QThread::idealThreadCount());
-    EXPECT_FALSE(document["system"]["osVersion"].get<std::string>().empty());
-    EXPECT_GT(document["memory"]["totalGB"].get<double>(), 0);
-    EXPECT_EQ(document["disk"]["totalGB"], 0); // no disk service handed over
-    EXPECT_TRUE(document["battery"].contains("isPresent"));
-    EXPECT_TRUE(document["battery"].contains("healthStatus"));
+    const std::uint64_t diskReads = live.diskReads;
+    const std::uint32_t cpuReads = live.cpuReads;
+    EXPECT_TRUE(test::waitUntil([&] { return live.cpuReads > cpuReads; }));
+    EXPECT_EQ(live.diskReads, diskReads); // its loop ended with the capture
 }
 
 } // namespace
