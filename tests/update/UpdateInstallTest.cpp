@@ -1,0 +1,172 @@
+#include "update/UpdateService.h"
+
+#include "tests/support/TestSupport.h"
+#include "tests/update/UpdateTestKit.h"
+#include "update/UpdateError.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace tallowmere {
+namespace {
+
+using Kind = UpdateState::Kind;
+const QString feedPath = QStringLiteral("/tallowmere/appcast.xml");
+const QString archivePath = QStringLiteral("/Tallowmere-2.0.zip");
+
+// An installed copy in a folder with spaces, a private temporary folder, a loopback server for
+// feed and archive, and a sleeping process standing in for the running program.
+class UpdateInstall : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        app = root.path() + QStringLiteral("/My Programs/Tallowmere.app");
+        QDir().mkpath(staging);
+        QDir().mkpath(temporary);
+        test::makeFakeApp(app, QStringLiteral("old"), marker);
+        server.serve(feedPath, test::feedXml(2, server.url(archivePath)));
+    }
+
+    // Offered build 2 and asked to install it; returns once it failed or asked the program to quit.
+    std::unique_ptr<UpdateService> install(const QString& programPath = {})
+    {
+        UpdateEnvironment environment{server.url(feedPath), 1,
+                                      programPath.isEmpty() ? app + QStringLiteral("/bin/tallowmere") : programPath,
+                                      temporary, running.pid(), [this] { ++quitCalls; }};
+        auto service = std::make_unique<UpdateService>(std::move(environment));
+        const int downloads = server.requestCount(archivePath);
+        service->installUpdate();
+        service->checkForUpdates(true);
+        service->installUpdate(); // while checking: nothing
+        EXPECT_TRUE(test::waitUntil([&] { return service->state().is(Kind::available); }, 20'000));
+        EXPECT_EQ(server.requestCount(archivePath), downloads) << "nothing to install before an offer";
+        service->installUpdate();
+        EXPECT_TRUE(test::waitUntil([&] { return quitCalls > 0 || service->state().is(Kind::failed); }, 30'000));
+        return service;
+    }
+
+    void serveArchiveOf(const QStringList& entries) { server.serve(archivePath, test::zipOf(staging, entries)); }
+    QString installedLabel() const { return QString::fromUtf8(test::readFile(app + QStringLiteral("/share/label.txt"))); }
+    QStringList startedCopy()
+    {
+        running.stop();
+        EXPECT_TRUE(test::waitUntil([&] { return test::markerLines(marker).size() == 2; }, 15'000));
+        return test::markerLines(marker);
+    }
+
+    QTemporaryDir root;
+    QString app, staging = root.path() + QStringLiteral("/staging"), temporary = root.path() + QStringLiteral("/tmp dir");
+    QString marker = root.path() + QStringLiteral("/started");
+    test::LoopbackHttpServer server;
+    test::StandIn running;
+    int quitCalls = 0;
+};
+
+TEST_F(UpdateInstall, QuitsAndTheScriptSwapsOnceTheProgramHasExited)
+{
+    test::makeFakeApp(staging + QStringLiteral("/Tallowmere.app"), QStringLiteral("new"), marker);
+    serveArchiveOf({QStringLiteral("Tallowmere.app")});
+    auto service = install();
+    ASSERT_EQ(quitCalls, 1);
+    EXPECT_EQ(service->state(), UpdateState::installing());
+    const QString uuid = QStringLiteral("[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}");
+    QStringList left = QDir(temporary).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    for (const QString& pattern : {QStringLiteral("TallowmereUpdate-%1\\.zip"), QStringLiteral("TallowmereUpdate-%1"),
+                                   QStringLiteral("tallowmere-update-%1\\.sh")})
+        EXPECT_EQ(left.removeIf([&](const QString& name) {
+            return QRegularExpression(QStringLiteral("^%1$").arg(pattern.arg(uuid))).match(name).hasMatch();
+        }), 1) << pattern.toStdString();
+    EXPECT_EQ(left, QStringList()) << "nothing else, such as the partial download, is left";
+
+    QTest::qWait(500);
+    EXPECT_EQ(installedLabel(), QStringLiteral("old")) << "nothing changes while the program still runs";
+    EXPECT_EQ(startedCopy(), QStringList({QStringLiteral("new"), app + QStringLiteral("/bin/tallowmere")}));
+    EXPECT_EQ(installedLabel(), QStringLiteral("new"));
+    EXPECT_FALSE(QFileInfo::exists(app + QStringLiteral(".old")));
+}
+
+TEST_F(UpdateInstall, InstallsTheFirstBundleTheListingReturns)
+{
+    for (const QString& name : {QStringLiteral("First"), QStringLiteral("Second")})
+        test::makeFakeApp(staging + u'/' + name + QStringLiteral(".app"), name, marker);
+    test::writeFile(staging, QStringLiteral("README.txt"), "read me");
+    serveArchiveOf({QStringLiteral("README.txt"), QStringLiteral("Second.app"), QStringLiteral("First.app")});
+    install();
+    ASSERT_EQ(quitCalls, 1);
+    const QString unpacked = QDir(temporary).entryList({QStringLiteral("TallowmereUpdate-*")}, QDir::Dirs).value(0);
+    QProcess ls; // -U: directory order, as readdir returns it
+    ls.start(QStringLiteral("/bin/ls"), {QStringLiteral("-U"), temporary + u'/' + unpacked});
+    ASSERT_TRUE(ls.waitForFinished());
+    const QStringList order = QString::fromUtf8(ls.readAllStandardOutput()).split(u'\n').filter(QStringLiteral(".app"));
+    ASSERT_EQ(order.size(), 2);
+    EXPECT_EQ(startedCopy().value(0) + QStringLiteral(".app"), order.first());
+}
+
+TEST_F(UpdateInstall, FailuresLeaveTheProgramRunningAndUnchanged)
+{
+    const QString notFound = updateErrorMessage(UpdateError::appNotFound);
+    const std::vector<std::tuple<const char*, std::function<void()>, QString>> cases = {
+        {"404", [&] { server.serve(archivePath, "missing", 404); }, updateErrorMessage(UpdateError::badResponse)},
+        {"not a zip", [&] { server.serve(archivePath, "PK, but no archive"); }, updateErrorMessage(UpdateError::unzipFailed)},
+        {"only hidden bundle",
+         [&] {
+             test::makeFakeApp(staging + QStringLiteral("/.Tallowmere.app"), QStringLiteral("new"), marker);
+             serveArchiveOf({QStringLiteral(".Tallowmere.app")});
+         },
+         notFound},
+        {"bundle one folder down",
+         [&] {
+             test::makeFakeApp(staging + QStringLiteral("/Release/Tallowmere.app"), QStringLiteral("new"), marker);
+             serveArchiveOf({QStringLiteral("Release")});
+         },
+         notFound},
+        {"bundle without the program",
+         [&] {
+             test::writeFile(staging, QStringLiteral("Tallowmere.app/share/label.txt"), "new");
+             serveArchiveOf({QStringLiteral("Tallowmere.app")});
+         },
+         notFound},
+        {"not installed as Tallowmere.app", [&] { server.serve(archivePath, "unused"); }, QString()},
+    };
+    for (const auto& [name, arrange, message] : cases) {
+        SCOPED_TRACE(name);
+        QDir(staging).removeRecursively();
+        QDir().mkpath(staging);
+        arrange();
+        const int downloads = server.requestCount(archivePath);
+        auto service = install(message.isEmpty() ? QStringLiteral("/usr/bin/tallowmere") : QString());
+        if (message.isEmpty()) {
+            EXPECT_TRUE(service->state().failureMessage().contains(QStringLiteral("not installed in a Tallowmere.app")));
+            EXPECT_EQ(server.requestCount(archivePath), downloads) << "refused before downloading";
+        } else {
+            EXPECT_EQ(service->state(), UpdateState::failed(message));
+        }
+        QTest::qWait(50);
+        EXPECT_EQ(quitCalls, 0);
+        EXPECT_EQ(installedLabel(), QStringLiteral("old"));
+        EXPECT_EQ(QDir(temporary).entryList({QStringLiteral("*.sh")}), QStringList()) << "no script was written";
+    }
+    server.serve(archivePath, {}, 0);
+    EXPECT_FALSE(install()->state().failureMessage().isEmpty()) << "a cut-off download";
+    EXPECT_EQ(quitCalls, 0);
+}
+
+TEST(InstalledAppFolder, OnlyABinFolderDirectlyInsideTallowmereAppCounts)
+{
+    QTemporaryDir root;
+    const QString app = root.path() + QStringLiteral("/x y/Tallowmere.app");
+    QDir().mkpath(app + QStringLiteral("/bin"));
+    QDir().mkpath(root.path() + QStringLiteral("/Tallowmere.app.d/bin"));
+    EXPECT_EQ(installedAppFolder(app + QStringLiteral("/bin/../bin/tallowmere")), std::optional(app));
+    for (const QString& other : {app + QStringLiteral("/tallowmere"), app + QStringLiteral("/libexec/bin/tallowmere"),
+                                 root.path() + QStringLiteral("/Tallowmere.app.d/bin/tallowmere"), QString()})
+        EXPECT_EQ(installedAppFolder(other), std::nullopt) << other.toStdString();
+}
+
+} // namespace
+} // namespace tallowmere

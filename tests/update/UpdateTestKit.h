@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QProcess>
+#include <QStringList>
+#include <QTcpServer>
+#include <QUrl>
+
+class QTcpSocket;
+
+namespace tallowmere::test {
+
+// HTTP/1.1 on 127.0.0.1: each path answers with a fixed status and body (404 when unknown);
+// status 0 closes the connection without answering.
+class LoopbackHttpServer : public QObject {
+public:
+    LoopbackHttpServer();
+    void serve(const QString& path, const QByteArray& body, int status = 200) { answers_[path] = {status, body}; }
+    QUrl url(const QString& path) const;
+    int requestCount(const QString& path) const { return requests_.value(path); }
+
+private:
+    void respond(QTcpSocket* socket, const QByteArray& head);
+    QTcpServer server_;
+    QHash<QString, std::pair<int, QByteArray>> answers_;
+    QHash<QString, int> requests_;
+};
+
+// A copy of the program whose bin/tallowmere writes `label` and the path it was started from,
+// one per line, to `marker`; share/label.txt holds the label too.
+void makeFakeApp(const QString& folder, const QString& label, const QString& marker);
+QStringList markerLines(const QString& marker);
+
+// `entries` of `staging`, zipped with the real zip tool.
+QByteArray zipOf(const QString& staging, const QStringList& entries);
+
+QByteArray feedXml(qint64 build, const QUrl& archive, const QByteArray& version = "9.9");
+
+// A real process standing in for the running program until stop().
+class StandIn {
+public:
+    StandIn();
+    ~StandIn() { stop(); }
+    qint64 pid() const { return pid_; }
+    void stop();
+
+private:
+    QProcess process_;
+    qint64 pid_ = 0;
+};
+
+} // namespace tallowmere::test

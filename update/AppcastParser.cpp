@@ -1,0 +1,96 @@
+#include "update/AppcastParser.h"
+
+#include <QUrl>
+#include <QXmlStreamReader>
+
+namespace tallowmere {
+
+std::optional<qint64> parseBuildNumber(QStringView text)
+{
+    if (text.isEmpty())
+        return std::nullopt;
+    QStringView digits = text;
+    if (digits.front() == u'+' || digits.front() == u'-')
+        digits = digits.mid(1);
+    // toLongLong alone would also take surrounding blanks; only sign and ASCII digits may appear.
+    if (digits.isEmpty())
+        return std::nullopt;
+    for (QChar c : digits) {
+        if (c < u'0' || c > u'9')
+            return std::nullopt;
+    }
+    bool ok = false;
+    const qint64 value = text.toLongLong(&ok, 10);
+    if (!ok)
+        return std::nullopt;
+    return value;
+}
+
+AppcastParser::Result AppcastParser::parse(const QByteArray& document)
+{
+    AppcastParser parser;
+    QXmlStreamReader reader(document);
+    while (!reader.atEnd()) {
+        switch (reader.readNext()) {
+        case QXmlStreamReader::StartElement:
+            parser.elementStarted(reader.name());
+            break;
+        case QXmlStreamReader::Characters:
+            // Plain text and CDATA blocks alike.
+            parser.characters(reader.text());
+            break;
+        default:
+            break;
+        }
+    }
+    if (reader.hasError())
+        return UpdateError::malformedFeed;
+    return parser.finish();
+}
+
+void AppcastParser::elementStarted(QStringView name)
+{
+    current_ = name.toString();
+}
+
+void AppcastParser::characters(QStringView text)
+{
+    if (QString* field = fieldFor(current_))
+        field->append(text);
+}
+
+QString* AppcastParser::fieldFor(QStringView name)
+{
+    if (name == u"version")
+        return &version_;
+    if (name == u"build")
+        return &build_;
+    if (name == u"url")
+        return &url_;
+    if (name == u"releaseNotes")
+        return &notes_;
+    if (name == u"minimumSystemVersion")
+        return &minimumSystemVersion_;
+    return nullptr;
+}
+
+AppcastParser::Result AppcastParser::finish() const
+{
+    const std::optional<qint64> build = parseBuildNumber(build_.trimmed());
+    const QString urlText = url_.trimmed();
+    const QUrl url(urlText, QUrl::StrictMode);
+    if (!build || urlText.isEmpty() || !url.isValid())
+        return UpdateError::malformedFeed;
+
+    AvailableUpdate update;
+    update.version = version_.trimmed();
+    update.build = *build;
+    update.downloadURL = url;
+    update.releaseNotes = notes_.trimmed();
+    const QString minimum = minimumSystemVersion_.trimmed();
+    if (!minimum.isEmpty())
+        update.minimumSystemVersion = minimum;
+    return update;
+}
+
+} // namespace tallowmere
