@@ -1,9 +1,45 @@
 #include "update/AppcastParser.h"
 
+#include <QStringDecoder>
 #include <QUrl>
 #include <QXmlStreamReader>
 
 namespace tallowmere {
+
+namespace {
+
+bool isValidUtf8(QByteArrayView bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString decoded = decoder.decode(bytes);
+    return !decoder.hasError();
+}
+
+// The stream reader rejects a whole document over one badly encoded CDATA block; such a block
+// is only left out, so the rest of the entry still counts. Bad bytes elsewhere stay an error.
+QByteArray withoutUndecodableCdata(const QByteArray& document)
+{
+    static const QByteArray open = "<![CDATA[";
+    static const QByteArray close = "]]>";
+    QByteArray result;
+    qsizetype from = 0;
+    for (qsizetype start = document.indexOf(open); start >= 0; start = document.indexOf(open, from)) {
+        const qsizetype end = document.indexOf(close, start + open.size());
+        if (end < 0)
+            break;
+        const QByteArrayView content = QByteArrayView(document).sliced(start + open.size(), end - start - open.size());
+        result += QByteArrayView(document).sliced(from, start - from);
+        if (isValidUtf8(content))
+            result += QByteArrayView(document).sliced(start, end + close.size() - start);
+        from = end + close.size();
+    }
+    if (from == 0)
+        return document;
+    result += QByteArrayView(document).sliced(from);
+    return result;
+}
+
+} // namespace
 
 std::optional<qint64> parseBuildNumber(QStringView text)
 {
@@ -29,7 +65,7 @@ std::optional<qint64> parseBuildNumber(QStringView text)
 AppcastParser::Result AppcastParser::parse(const QByteArray& document)
 {
     AppcastParser parser;
-    QXmlStreamReader reader(document);
+    QXmlStreamReader reader(withoutUndecodableCdata(document));
     while (!reader.atEnd()) {
         switch (reader.readNext()) {
         case QXmlStreamReader::StartElement:

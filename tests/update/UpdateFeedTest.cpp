@@ -26,7 +26,7 @@ TEST(AppcastParser, AcceptsSignedDecimalBuildsAndValidAddressesOnly)
     for (const auto& [text, build] : {std::pair<QByteArray, qint64>{"+12", 12}, {"-3", -3}, {" \n 17 \n", 17},
                                       {"9223372036854775807", 9223372036854775807LL}})
         EXPECT_EQ(std::get<AvailableUpdate>(parse(text)).build, build) << text.toStdString();
-    for (const char* bad : {"17a", "", "+", "1 7", "0x11", "1.5", "--4", "9223372036854775808", "\xd9\xa3"})
+    for (const char* bad : {"17a", "", "+", "1 7", "0x11", "1.5", "--4", "9223372036854775808", "\xd9\xa3", "\xff"})
         EXPECT_EQ(std::get<UpdateError>(parse(bad)), UpdateError::malformedFeed) << bad;
     for (const char* bad : {" \n ", "https://x.invalid/with space.zip", "http://[::1"})
         EXPECT_EQ(std::get<UpdateError>(parse("5", bad)), UpdateError::malformedFeed) << bad;
@@ -38,10 +38,10 @@ TEST(AppcastParser, AppendsToTheElementOpenedLast)
 {
     const auto update = std::get<AvailableUpdate>(AppcastParser::parse(
         "<r><title>build 99</title><version>1.2</version><version>.3</version><build>5</build><url>"
-        "https://x.invalid/a.zip</url><releaseNotes>Fixes<b>bold</b> and more</releaseNotes></r>"));
+        "https://x.invalid/a.zip</url><releaseNotes>Fixes<![CDATA[ \xff\xfe]]><b>bold</b> more</releaseNotes></r>"));
     EXPECT_EQ(update.version, QStringLiteral("1.2.3"));
     EXPECT_EQ(update.build, 5);
-    EXPECT_EQ(update.releaseNotes, QStringLiteral("Fixes")) << "text after a nested element belongs to it";
+    EXPECT_EQ(update.releaseNotes, QStringLiteral("Fixes")) << "a badly encoded CDATA block is dropped; text after a nested element belongs to it";
 }
 
 class UpdateCheck : public ::testing::Test {
