@@ -4,13 +4,9 @@
 
 #include "tests/support/PrivateBus.h"
 
-#include <QDBusConnection>
 #include <QPointer>
 #include <QProcess>
 
-#include <chrono>
-#include <functional>
-#include <memory>
 #include <vector>
 
 namespace tallowmere::test {
@@ -21,7 +17,6 @@ public:
     WallTime now() const override { return now_; }
     std::unique_ptr<QObject> sleep(std::chrono::milliseconds delay, std::function<void()> wake) override;
     void advance(std::chrono::milliseconds by);
-    int pendingSleeps() const;
 
 private:
     struct Sleeper {
@@ -34,7 +29,7 @@ private:
     std::vector<Sleeper> sleepers_;
 };
 
-// A connection that never reached a bus, as when there is no system or session bus.
+// A connection that never reached a bus.
 QDBusConnection missingBus();
 
 // A login manager and a session screen saver on a private bus, and what they were asked.
@@ -45,19 +40,19 @@ public:
     InhibitBus(const InhibitBus&) = delete;
     InhibitBus& operator=(const InhibitBus&) = delete;
 
-    // `screenSaver` false leaves the session without one.
     bool start(bool loginManager, bool screenSaver);
     QDBusConnection connection() const { return bus_.connection(QStringLiteral("keepawake")); }
     const QString& address() const { return bus_.address(); }
 
-    // The "what" of each lock the login manager holds for us.
+    // The "what" of each lock the login manager holds for us, sorted.
     QStringList heldLocks() const;
-    // The arguments of each call of `method` the screen saver received.
-    std::vector<QVariantList> screenSaverCalls(const QString& method) const;
+    // How often the screen saver was called with `method`.
+    int screenSaverCalls(const char* method);
 
 private:
     PrivateBus bus_;
     std::unique_ptr<QProcess> screenSaver_;
+    QByteArray screenSaverLog_;
 };
 
 } // namespace tallowmere::test
