@@ -1,0 +1,143 @@
+#include "power/BatteryMonitoringService.h"
+
+#include "power/BatteryUPowerReader.h"
+
+namespace tallowmere {
+
+namespace {
+
+const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+const QString logindService = QStringLiteral("org.freedesktop.login1");
+const QString logindPath = QStringLiteral("/org/freedesktop/login1");
+const QString logindManager = QStringLiteral("org.freedesktop.login1.Manager");
+
+} // namespace
+
+BatteryMonitoringService::BatteryMonitoringService(QDBusConnection systemBus, QString sysfsRoot, QObject* parent)
+    : BatteryMonitoringService(
+          systemBus, [systemBus, sysfsRoot] { return BatteryInfo::current(systemBus, sysfsRoot); }, Timing{}, parent)
+{
+}
+
+BatteryMonitoringService::BatteryMonitoringService(QDBusConnection systemBus, Reader reader, Timing timing,
+                                                   QObject* parent)
+    : QObject(parent)
+    , bus_(std::move(systemBus))
+    , reader_(std::move(reader))
+    , timing_(timing)
+    , battery_(reader_())
+{
+    wakeRetryTimer_.setTimerType(Qt::PreciseTimer);
+    connect(&wakeRetryTimer_, &QTimer::timeout, this, &BatteryMonitoringService::wakeRetryRound);
+}
+
+BatteryMonitoringService::~BatteryMonitoringService()
+{
+    stop();
+}
+
+void BatteryMonitoringService::start()
+{
+    if (refreshTask_)
+        return;
+    // The loop's first round is the reading at start.
+    refreshTask_ = LoopTask::start(timing_.refreshPeriod, [this] { refresh(); });
+    connectSignals();
+}
+
+void BatteryMonitoringService::stop()
+{
+    refreshTask_.reset();
+    wakeRetryTimer_.stop();
+    wakeRetryRounds_ = 0;
+    disconnectSignals();
+}
+
+void BatteryMonitoringService::refresh()
+{
+    publish(reader_());
+}
+
+void BatteryMonitoringService::publish(BatteryInfo info)
+{
+    if (info == battery_)
+        return;
+    battery_ = std::move(info);
+    emit batteryChanged();
+}
+
+void BatteryMonitoringService::onPowerSourceChanged()
+{
+    // UPower sends a burst of signals per update (one per changed object); read once for it.
+    if (changeQueued_ || !isStarted())
+        return;
+    changeQueued_ = true;
+    QTimer::singleShot(0, this, [this] {
+        changeQueued_ = false;
+        if (isStarted())
+            refresh();
+    });
+}
+
+void BatteryMonitoringService::onPrepareForSleep(bool goingToSleep)
+{
+    if (goingToSleep || !isStarted())
+        return;
+    refresh();
+    startWakeRetries();
+}
+
+void BatteryMonitoringService::startWakeRetries()
+{
+    wakeRetryRounds_ = 0;
+    wakeRetryTimer_.start(timing_.wakeRetryInterval);
+}
+
+void BatteryMonitoringService::wakeRetryRound()
+{
+    ++wakeRetryRounds_;
+    refresh();
+    if (battery_.menuBarTimeText() || wakeRetryRounds_ >= timing_.wakeRetries) {
+        wakeRetryTimer_.stop();
+        wakeRetryRounds_ = 0;
+    }
+}
+
+void BatteryMonitoringService::connectSignals()
+{
+    if (signalsConnected_ || !bus_.isConnected())
+        return;
+    signalsConnected_ = true;
+    const QString upower = QLatin1StringView(battery::upowerService);
+    const QString upowerPath = QLatin1StringView(battery::upowerPath);
+    const QString upowerInterface = QLatin1StringView(battery::upowerInterface);
+    // Changes arrive on the daemon and on each device object: listen on every path.
+    bus_.connect(upower, QString(), propertiesInterface, QStringLiteral("PropertiesChanged"), this,
+                           SLOT(onPowerSourceChanged()));
+    bus_.connect(upower, upowerPath, upowerInterface, QStringLiteral("DeviceAdded"), this,
+                       SLOT(onPowerSourceChanged()));
+    bus_.connect(upower, upowerPath, upowerInterface, QStringLiteral("DeviceRemoved"), this,
+                       SLOT(onPowerSourceChanged()));
+    bus_.connect(logindService, logindPath, logindManager, QStringLiteral("PrepareForSleep"), this,
+                       SLOT(onPrepareForSleep(bool)));
+}
+
+void BatteryMonitoringService::disconnectSignals()
+{
+    if (!signalsConnected_)
+        return;
+    signalsConnected_ = false;
+    const QString upower = QLatin1StringView(battery::upowerService);
+    const QString upowerPath = QLatin1StringView(battery::upowerPath);
+    const QString upowerInterface = QLatin1StringView(battery::upowerInterface);
+    bus_.disconnect(upower, QString(), propertiesInterface, QStringLiteral("PropertiesChanged"), this,
+                    SLOT(onPowerSourceChanged()));
+    bus_.disconnect(upower, upowerPath, upowerInterface, QStringLiteral("DeviceAdded"), this,
+                    SLOT(onPowerSourceChanged()));
+    bus_.disconnect(upower, upowerPath, upowerInterface, QStringLiteral("DeviceRemoved"), this,
+                    SLOT(onPowerSourceChanged()));
+    bus_.disconnect(logindService, logindPath, logindManager, QStringLiteral("PrepareForSleep"), this,
+                    SLOT(onPrepareForSleep(bool)));
+}
+
+} // namespace tallowmere

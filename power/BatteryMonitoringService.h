@@ -1,0 +1,71 @@
+#pragma once
+
+#include "app/core/LoopTask.h"
+#include "power/BatteryInfo.h"
+
+#include <QDBusConnection>
+#include <QObject>
+#include <QTimer>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace tallowmere {
+
+// Keeps a current BatteryInfo: a refresh every 15 s while started, another whenever UPower
+// reports a change, and a burst of retries after the machine wakes (the estimate of the time
+// left is often missing for a while after resume). Publishes only when the reading changes.
+class BatteryMonitoringService : public QObject {
+    Q_OBJECT
+public:
+    using Reader = std::function<BatteryInfo()>;
+
+    struct Timing {
+        std::chrono::milliseconds refreshPeriod{15000};
+        std::chrono::milliseconds wakeRetryInterval{5000};
+        int wakeRetries = 6;
+    };
+
+    // Reads UPower on `systemBus` and the power-supply class below `sysfsRoot`; listens on
+    // `systemBus` for UPower's changes and logind's resume signal.
+    explicit BatteryMonitoringService(QDBusConnection systemBus, QString sysfsRoot = QStringLiteral("/sys"),
+                                      QObject* parent = nullptr);
+    BatteryMonitoringService(QDBusConnection systemBus, Reader reader, Timing timing, QObject* parent = nullptr);
+    ~BatteryMonitoringService() override;
+
+    const BatteryInfo& battery() const { return battery_; }
+
+    // Idempotent; both on the main thread. stop() keeps the last value.
+    void start();
+    void stop();
+    bool isStarted() const { return refreshTask_ != nullptr; }
+    bool isRetryingAfterWake() const { return wakeRetryTimer_.isActive(); }
+
+signals:
+    void batteryChanged();
+
+private slots:
+    void onPowerSourceChanged();
+    void onPrepareForSleep(bool goingToSleep);
+
+private:
+    void refresh();
+    void publish(BatteryInfo info);
+    void startWakeRetries();
+    void wakeRetryRound();
+    void connectSignals();
+    void disconnectSignals();
+
+    QDBusConnection bus_;
+    Reader reader_;
+    Timing timing_;
+    BatteryInfo battery_;
+    std::unique_ptr<LoopTask> refreshTask_;
+    bool signalsConnected_ = false;
+    bool changeQueued_ = false;
+    QTimer wakeRetryTimer_;
+    int wakeRetryRounds_ = 0;
+};
+
+} // namespace tallowmere
