@@ -1,0 +1,166 @@
+#include "hardware/SystemInfo.h"
+#include "hardware/SystemInfoParsers.h"
+
+#include "tests/support/TestSupport.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <sys/statvfs.h>
+
+#include <gtest/gtest.h>
+
+namespace tallowmere {
+namespace {
+
+SystemInfoSources fixtureSources(const QString& tree)
+{
+    const QString base = test::fixturePath(QStringLiteral("hardware/") + tree);
+    SystemInfoSources sources;
+    sources.sysRoot = base + "/sys";
+    sources.procRoot = base + "/proc";
+    sources.etcRoot = base + "/etc";
+    sources.idDatabaseDirs = {base + "/ids"};
+    sources.readInterfaceAddresses = false;
+    return sources;
+}
+
+TEST(SystemInfoNames, DisplayModelNameRules)
+{
+    SystemInfo info;
+    EXPECT_EQ(info.displayModelName(), "This Computer");
+    info.machine = QString("aarch64");
+    EXPECT_EQ(info.displayModelName(), "aarch64");
+    info.marketingName = QString("Dell Inc. XPS 13 9310");
+    EXPECT_EQ(info.displayModelName(), "Dell Inc. XPS 13 9310");
+
+    info.modelIdentifier = QString("Mac14,2");
+    info.marketingName = QString("Mac14,2");
+    EXPECT_EQ(info.displayModelName(), R"(MacBook Air (13", 2022))");
+    info.modelIdentifier = QString("Mac16,13");
+    EXPECT_EQ(info.displayModelName(), R"(MacBook Pro (16", 2024))");
+    // A marketing name with a parenthesis is already the full name.
+    info.marketingName = QString("MacBook Pro (14-inch, 2023)");
+    EXPECT_EQ(info.displayModelName(), "MacBook Pro (14-inch, 2023)");
+
+    info.modelIdentifier = QString("Mac99,1");
+    info.marketingName.reset();
+    EXPECT_EQ(info.displayModelName(), "Mac99,1");
+    info.marketingName = QString("Mystery Machine");
+    EXPECT_EQ(info.displayModelName(), "Mystery Machine");
+}
+
+TEST(SystemInfoNames, OsDisplayVersion)
+{
+    SystemInfo info;
+    info.osMarketingVersion = QString("Debian GNU/Linux 12 (bookworm)");
+    EXPECT_EQ(info.osDisplayVersion(), "Debian GNU/Linux 12 (bookworm)");
+    info.osBuildNumber = QString("20240210");
+    EXPECT_EQ(info.osDisplayVersion(), QString::fromUtf8("Debian GNU/Linux 12 (bookworm) \u00b7 Build 20240210"));
+}
+
+TEST(SystemInfoReading, FixtureLaptopTree)
+{
+    const SystemInfo info = SystemInfo::current(fixtureSources("inventory-laptop"));
+    EXPECT_EQ(info.modelIdentifier, QString("20XWCTO1WW"));
+    EXPECT_EQ(info.marketingName, QString("LENOVO ThinkPad X1 Carbon Gen 9"));
+    EXPECT_EQ(info.displayModelName(), "LENOVO ThinkPad X1 Carbon Gen 9");
+    EXPECT_EQ(info.boardID, QString("20XWCTO1WW"));
+    EXPECT_EQ(info.serialNumber, std::nullopt);  // a placeholder
+    EXPECT_EQ(info.platformUUID, std::nullopt);  // only root may read it; here it is missing
+    EXPECT_EQ(info.targetType, QString("Laptop"));
+    EXPECT_EQ(info.modelNumber, QString("LENOVO_MT_20XW_BU_Think_FM_ThinkPad X1 Carbon Gen 9"));
+
+    EXPECT_EQ(info.cpuBrand, QString("11th Gen Intel(R) Core(TM) i5-1135G7 @ 2.40GHz"));
+    EXPECT_EQ(info.cpuCores, 4);
+    EXPECT_EQ(info.cpuPhysicalCores, 2);
+    ASSERT_TRUE(info.cpuFrequencyGHz);
+    EXPECT_DOUBLE_EQ(*info.cpuFrequencyGHz, 2.4);
+    EXPECT_DOUBLE_EQ(info.memoryGB, 16131776.0 * 1024 / (1 << 30));
+
+    EXPECT_EQ(info.osVersion, "Linux 6.1.0-18-amd64 #1 SMP PREEMPT_DYNAMIC Debian 6.1.76-1 (2024-02-01)");
+    EXPECT_EQ(info.osMarketingVersion, "Debian GNU/Linux 12 (bookworm)");
+    EXPECT_EQ(info.osBuildNumber, QString("20240210"));
+    EXPECT_EQ(info.osKernelVersion, QString("6.1.0-18-amd64"));
+    EXPECT_EQ(info.osComputerName, QString("Ana's Laptop"));
+
+    // card0, card2, card10 in number order; the last is a platform device known by its driver.
+    EXPECT_EQ(info.gpus, (QStringList{"Intel Corporation TigerLake-LP GT2 [Iris Xe Graphics]",
+                                      "NVIDIA Corporation Device 1f9d", "vc4-drm"}));
+    EXPECT_EQ(info.opticalDrives, QStringList{"HL-DT-ST DVDRAM GP57EB40"});
+    // Root hubs and interfaces are not peripherals; two identical receivers appear once.
+    EXPECT_EQ(info.peripherals, (QStringList{"Integrated Camera", "Synaptics, Inc. Device", "USB Receiver"}));
+    EXPECT_EQ(info.audioDevices, (QStringList{"HD Pro Webcam C920", "HDA Intel PCH"}));
+    EXPECT_TRUE(info.networkInterfaces.isEmpty());
+
+    // Of the fixture's mounts only those this machine can reach have a capacity; "/" always can.
+    ASSERT_FALSE(info.volumes.isEmpty());
+    EXPECT_EQ(info.volumes.front().name, "/");
+    for (const VolumeInfo& volume : info.volumes)
+        EXPECT_TRUE(QStringList({"/", "efi", "USB STICK"}).contains(volume.name)) << volume.name.toStdString();
+}
+
+TEST(SystemInfoReading, EmptyTreeLeavesFieldsAbsentButNeverEmptiesTheMandatoryOnes)
+{
+    QTemporaryDir empty;
+    SystemInfoSources sources;
+    sources.sysRoot = sources.procRoot = sources.etcRoot = empty.path();
+    sources.storagePath = empty.path() + "/missing";
+    sources.idDatabaseDirs = {};
+    sources.readInterfaceAddresses = false;
+    const SystemInfo info = SystemInfo::current(sources);
+    EXPECT_FALSE(info.modelIdentifier || info.marketingName || info.boardID || info.cpuBrand || info.cpuFrequencyGHz
+                 || info.osBuildNumber || info.storageTotalGB || info.storageFreeGB);
+    EXPECT_GE(info.cpuCores, 1);      // the process's own view of the processors
+    EXPECT_GT(info.memoryGB, 0.0);    // and of the memory
+    EXPECT_EQ(info.osMarketingVersion, "Linux");
+    EXPECT_FALSE(info.osVersion.isEmpty());
+    EXPECT_EQ(info.displayModelName(), info.machine.value_or("This Computer"));
+    EXPECT_TRUE(info.gpus.isEmpty() && info.peripherals.isEmpty() && info.volumes.isEmpty()
+                && info.audioDevices.isEmpty() && info.opticalDrives.isEmpty());
+}
+
+TEST(SystemInfoReading, ThisMachine)
+{
+    const SystemInfo info = SystemInfo::current();
+    const auto online = inventory::countCpuList(test::readFile("/sys/devices/system/cpu/online"));
+    if (online) {
+        EXPECT_EQ(info.cpuCores, *online);
+    }
+    const auto memTotal = inventory::memTotalBytes(test::readFile("/proc/meminfo"));
+    ASSERT_TRUE(memTotal);
+    EXPECT_DOUBLE_EQ(info.memoryGB, double(*memTotal) / (1 << 30));
+
+    struct statvfs fs {};
+    ASSERT_EQ(::statvfs("/", &fs), 0);
+    ASSERT_TRUE(info.storageTotalGB && info.storageFreeGB);
+    EXPECT_DOUBLE_EQ(*info.storageTotalGB, double(fs.f_blocks) * double(fs.f_frsize) / (1 << 30));
+    EXPECT_LE(*info.storageFreeGB, *info.storageTotalGB);
+
+    // Every IPv4 address that iproute2 lists appears under its interface, loopback excepted.
+    QProcess ip;
+    ip.start("ip", {"-o", "-4", "addr", "show"});
+    if (ip.waitForFinished(10000) && ip.exitCode() == 0) {
+        for (const QByteArray& line : ip.readAllStandardOutput().split('\n')) {
+            const QList<QByteArray> fields = line.simplified().split(' ');
+            if (fields.size() < 4 || fields[2] != "inet")
+                continue;
+            const QString name = QString::fromUtf8(fields[1]).section('@', 0, 0);
+            const QString address = QString::fromUtf8(fields[3]).section('/', 0, 0);
+            if (address == "127.0.0.1")
+                continue;
+            const auto it = std::find_if(info.networkInterfaces.begin(), info.networkInterfaces.end(),
+                                         [&](const NetworkInterfaceInfo& n) { return n.name == name; });
+            ASSERT_NE(it, info.networkInterfaces.end()) << name.toStdString();
+            EXPECT_TRUE(it->addresses.contains(address)) << address.toStdString();
+        }
+    }
+    for (const NetworkInterfaceInfo& n : info.networkInterfaces)
+        EXPECT_FALSE(n.addresses.contains("127.0.0.1") || n.addresses.contains("::1") || n.addresses.isEmpty());
+    EXPECT_FALSE(info.osMarketingVersion.isEmpty());
+    EXPECT_FALSE(info.displayModelName().isEmpty());
+}
+
+} // namespace
+} // namespace tallowmere
