@@ -56,7 +56,13 @@ UpdateService::UpdateService(UpdateEnvironment environment, QObject* parent)
 {
 }
 
-UpdateService::~UpdateService() = default;
+UpdateService::~UpdateService()
+{
+    // Replies still running go with the access manager, after our own members; they must not
+    // call back into a half-destroyed service on the way.
+    for (QNetworkReply* reply : network_.findChildren<QNetworkReply*>())
+        reply->disconnect(this);
+}
 
 void UpdateService::setState(UpdateState state)
 {
