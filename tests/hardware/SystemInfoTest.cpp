@@ -28,27 +28,22 @@ SystemInfoSources fixtureSources(const QString& tree)
 
 TEST(SystemInfoNames, DisplayModelNameRules)
 {
-    SystemInfo info;
-    EXPECT_EQ(info.displayModelName(), "This Computer");
-    info.machine = QString("aarch64");
-    EXPECT_EQ(info.displayModelName(), "aarch64");
-    info.marketingName = QString("Dell Inc. XPS 13 9310");
-    EXPECT_EQ(info.displayModelName(), "Dell Inc. XPS 13 9310");
-
-    info.modelIdentifier = QString("Mac14,2");
-    info.marketingName = QString("Mac14,2");
-    EXPECT_EQ(info.displayModelName(), R"(MacBook Air (13", 2022))");
-    info.modelIdentifier = QString("Mac16,13");
-    EXPECT_EQ(info.displayModelName(), R"(MacBook Pro (16", 2024))");
-    // A marketing name with a parenthesis is already the full name.
-    info.marketingName = QString("MacBook Pro (14-inch, 2023)");
-    EXPECT_EQ(info.displayModelName(), "MacBook Pro (14-inch, 2023)");
-
-    info.modelIdentifier = QString("Mac99,1");
-    info.marketingName.reset();
-    EXPECT_EQ(info.displayModelName(), "Mac99,1");
-    info.marketingName = QString("Mystery Machine");
-    EXPECT_EQ(info.displayModelName(), "Mystery Machine");
+    const auto name = [](std::optional<QString> identifier, std::optional<QString> marketing, std::optional<QString> machine) {
+        SystemInfo info;
+        info.modelIdentifier = std::move(identifier);
+        info.marketingName = std::move(marketing);
+        info.machine = std::move(machine);
+        return info.displayModelName();
+    };
+    const QString pro14 = QStringLiteral("MacBook Pro (14-inch, 2023)");
+    EXPECT_EQ(name({}, {}, {}), "This Computer");
+    EXPECT_EQ(name({}, {}, QString("aarch64")), "aarch64");
+    EXPECT_EQ(name({}, QString("Dell Inc. XPS 13 9310"), QString("x86_64")), "Dell Inc. XPS 13 9310");
+    EXPECT_EQ(name(QString("Mac14,2"), QString("Mac14,2"), {}), R"(MacBook Air (13", 2022))");
+    EXPECT_EQ(name(QString("Mac16,13"), {}, {}), R"(MacBook Pro (16", 2024))");
+    EXPECT_EQ(name(QString("Mac16,13"), pro14, {}), pro14);  // a parenthesis: already the full name
+    EXPECT_EQ(name(QString("Mac99,1"), {}, {}), "Mac99,1");
+    EXPECT_EQ(name(QString("20XWCTO1WW"), QString("LENOVO ThinkPad X1"), {}), "LENOVO ThinkPad X1");
 }
 
 TEST(SystemInfoNames, OsDisplayVersion)

@@ -63,12 +63,10 @@ TEST_F(BatteryUPower, DischargingBatteryOnBattery)
     EXPECT_TRUE(info.isPresent);
     EXPECT_EQ(info.percentage, 30);
     EXPECT_EQ(info.isCharging, false);
-    EXPECT_EQ(info.isFullyCharged, false);
     EXPECT_EQ(info.powerSource, QString("Battery Power"));
     EXPECT_EQ(info.timeRemainingMinutes, 20);  // 1250 s, whole minutes
     EXPECT_EQ(info.menuBarTimeText(), QString("0:20"));
     EXPECT_EQ(info.designCapacity, std::nullopt);
-    EXPECT_EQ(info.healthStatus(), "Unknown");
 }
 
 TEST_F(BatteryUPower, ChargingBatteryMergedWithTheDriverEntry)
@@ -121,25 +119,6 @@ TEST_F(BatteryUPower, WithoutUPowerTheDriverEntryOrNothingRemains)
 
     // A connection that never reached a bus behaves the same.
     EXPECT_EQ(BatteryInfo::current(QDBusConnection(QStringLiteral("never-connected")), noSysfs), BatteryInfo::noBattery());
-}
-
-TEST(BatteryUPowerDescription, DeviceKindsAndStatesTranslate)
-{
-    const QVariantMap full{{"Type", 2u}, {"State", 4u}, {"PowerSupply", true}, {"Percentage", 99.5},
-                           {"TimeToEmpty", qlonglong(0)}, {"Voltage", 0.0}, {"EnergyRate", 3.0}};
-    const QVariantMap d = battery::describeUPowerDevice(full, std::nullopt);
-    EXPECT_EQ(d.value("Type").toString(), "InternalBattery");
-    EXPECT_EQ(d.value("Current Capacity").toInt(), 100);
-    EXPECT_EQ(d.value("Is Finishing Charge").toBool(), true);
-    EXPECT_EQ(d.value("Power Source State").toString(), "AC Power");
-    EXPECT_EQ(d.value("Time to Empty").toInt(), 0);
-    EXPECT_FALSE(d.contains("Current"));  // no voltage to divide by
-
-    const QVariantMap unknown = battery::describeUPowerDevice({{"Type", 2u}, {"State", 0u}}, std::nullopt);
-    EXPECT_FALSE(unknown.contains("Is Charging") || unknown.contains("Power Source State"));
-    EXPECT_EQ(battery::describeUPowerDevice({{"Type", 2u}, {"State", 2u}}, false).value("Power Source State"), "AC Power");
-    EXPECT_EQ(battery::describeUPowerDevice({{"Type", 1u}, {"Online", true}}, std::nullopt),
-              (QVariantMap{{"Type", "Line Power"}}));
 }
 
 } // namespace
