@@ -27,7 +27,14 @@ AppServices::AppServices(Options options, QObject* parent)
     , cpuService_(std::make_unique<CPUMonitoringService>())
     , memoryService_(std::make_unique<MemoryMonitoringService>())
     , diskService_(std::make_unique<DiskMonitoringService>())
+    , batteryService_(std::make_unique<BatteryMonitoringService>(QDBusConnection::systemBus()))
+    , powerService_(std::make_unique<PowerScheduleService>(preferences_))
+    , keepAwakeService_(std::make_unique<KeepAwakeService>(preferences_, QDBusConnection::systemBus(),
+                                                           QDBusConnection::sessionBus()))
     , networkService_(std::make_unique<NetworkMonitoringService>())
+    , cameraService_(std::make_unique<CameraMonitoringService>())
+    , statsServer_(std::make_unique<StatsServer>(options_.serverPort))
+    , updateService_(std::make_unique<UpdateService>(UpdateEnvironment::ofRunningProgram()))
 {
 }
 
@@ -80,8 +87,10 @@ void AppServices::launch(AppDelegate& delegate)
     };
 
     applyMenuBarEnabled(effectiveMenuBarEnabled());
+    statsServer_->setServices({cpuService_.get(), memoryService_.get(), diskService_.get(), networkService_.get()});
     applyLocalServerEnabled(effectiveLocalServerEnabled());
     applyNetworkRecordingEnabled(effectiveNetworkRecordingEnabled());
+    updateService_->checkForUpdates(false);
 
     watchSwitches();
 }
@@ -97,6 +106,10 @@ void AppServices::applyMenuBarEnabled(bool enabled)
         service->setMenuBarActive(enabled);
         service->updateMonitoring();
     }
+    if (enabled)
+        batteryService_->start();
+    else
+        batteryService_->stop();
 }
 
 void AppServices::applyLocalServerEnabled(bool enabled)
@@ -105,6 +118,10 @@ void AppServices::applyLocalServerEnabled(bool enabled)
         service->setServerActive(enabled);
         service->updateMonitoring();
     }
+    if (enabled)
+        statsServer_->start();
+    else
+        statsServer_->stop();
 }
 
 void AppServices::applyNetworkRecordingEnabled(bool enabled)

@@ -2,10 +2,16 @@
 
 #include "app/settings/AppSettings.h"
 #include "app/settings/PreferencesStore.h"
+#include "hardware/CameraMonitoringService.h"
 #include "history/NetworkMonitoringService.h"
 #include "monitors/CPUMonitoringService.h"
 #include "monitors/DiskMonitoringService.h"
 #include "monitors/MemoryMonitoringService.h"
+#include "power/BatteryMonitoringService.h"
+#include "power/KeepAwakeService.h"
+#include "power/PowerScheduleService.h"
+#include "server/StatsServer.h"
+#include "update/UpdateService.h"
 
 #include <QObject>
 #include <QString>
@@ -60,7 +66,8 @@ public:
     const Options& options() const { return options_; }
     PreferencesStore& preferences() { return preferences_; }
 
-    // Members, in construction order:
+    // Members, in construction order (the audio service and the tray controller take their
+    // places when they arrive):
     //  1 settings  2 cpuService  3 memoryService  4 diskService  5 batteryService
     //  6 audioService  7 powerService  8 keepAwakeService  9 networkService
     //  10 cameraService  11 statsServer  12 updateService  13 menuBarController
@@ -68,7 +75,13 @@ public:
     CPUMonitoringService& cpuService() { return *cpuService_; }
     MemoryMonitoringService& memoryService() { return *memoryService_; }
     DiskMonitoringService& diskService() { return *diskService_; }
+    BatteryMonitoringService& batteryService() { return *batteryService_; }
+    PowerScheduleService& powerService() { return *powerService_; }
+    KeepAwakeService& keepAwakeService() { return *keepAwakeService_; }
     NetworkMonitoringService& networkService() { return *networkService_; }
+    CameraMonitoringService& cameraService() { return *cameraService_; }
+    StatsServer& statsServer() { return *statsServer_; }
+    UpdateService& updateService() { return *updateService_; }
 
 private:
     // The services whose loops follow the menu-bar and server switches, in the order they
@@ -84,7 +97,13 @@ private:
     std::unique_ptr<CPUMonitoringService> cpuService_;
     std::unique_ptr<MemoryMonitoringService> memoryService_;
     std::unique_ptr<DiskMonitoringService> diskService_;
+    std::unique_ptr<BatteryMonitoringService> batteryService_;
+    std::unique_ptr<PowerScheduleService> powerService_;
+    std::unique_ptr<KeepAwakeService> keepAwakeService_;
     std::unique_ptr<NetworkMonitoringService> networkService_;
+    std::unique_ptr<CameraMonitoringService> cameraService_;
+    std::unique_ptr<StatsServer> statsServer_;
+    std::unique_ptr<UpdateService> updateService_;
 };
 
 } // namespace tallowmere

@@ -14,6 +14,18 @@ std::optional<bool> parseSwitch(const QString& text)
     return std::nullopt;
 }
 
+// The options that choose what this start does instead of opening the window.
+std::optional<RunOptions::Mode> runMode(const QString& name)
+{
+    if (name == u"--headless")
+        return RunOptions::Mode::headless;
+    if (name == u"--snapshot")
+        return RunOptions::Mode::snapshot;
+    if (name == u"--check-update")
+        return RunOptions::Mode::checkUpdate;
+    return std::nullopt;
+}
+
 } // namespace
 
 CommandLineResult parseCommandLine(const QStringList& arguments)
@@ -39,9 +51,11 @@ CommandLineResult parseCommandLine(const QStringList& arguments)
 
         if (name == u"--help" || name == u"-h") {
             options.mode = RunOptions::Mode::help;
-        } else if (name == u"--headless") {
+        } else if (const auto mode = runMode(name)) {
+            if (options.mode != RunOptions::Mode::gui && options.mode != *mode && options.mode != RunOptions::Mode::help)
+                return {std::nullopt, QStringLiteral("--headless, --snapshot and --check-update go one at a time")};
             if (options.mode != RunOptions::Mode::help)
-                options.mode = RunOptions::Mode::headless;
+                options.mode = *mode;
         } else if (name == u"--server" || name == u"--record") {
             const auto value = takeValue();
             const auto flag = value ? parseSwitch(*value) : std::nullopt;
@@ -61,7 +75,7 @@ CommandLineResult parseCommandLine(const QStringList& arguments)
             return {std::nullopt, QStringLiteral("unknown option %1 (see --help)").arg(argument)};
         }
     }
-    if (headlessOnlyOptionSeen && options.mode == RunOptions::Mode::gui)
+    if (headlessOnlyOptionSeen && options.mode != RunOptions::Mode::headless && options.mode != RunOptions::Mode::help)
         return {std::nullopt, QStringLiteral("--server, --record and --port go with --headless")};
     return {options, {}};
 }
@@ -82,6 +96,10 @@ QString commandLineHelp()
         "                    not) for this run, whatever the settings say.\n"
         "  --record on|off   With --headless: record network activity (or not) for this run.\n"
         "  --port N          With --headless: the statistics server's port (default 8765).\n"
+        "  --snapshot        Sample for a few seconds and print every statistic as one JSON\n"
+        "                    document, as GET /stats of the statistics server answers it.\n"
+        "  --check-update    Check the update feed once and print the outcome. Exit status:\n"
+        "                    0 up to date, 100 an update is available, 1 the check failed.\n"
         "  -h, --help        Show this text.\n"
         "\n"
         "Overrides apply to this run only; the saved settings are not changed.\n");

@@ -9,7 +9,7 @@ namespace tallowmere {
 
 // What one start of the program was asked to do.
 struct RunOptions {
-    enum class Mode { gui, headless, help };
+    enum class Mode { gui, headless, help, checkUpdate, snapshot };
     Mode mode = Mode::gui;
     std::optional<bool> server;     // --server on|off
     std::optional<bool> record;     // --record on|off

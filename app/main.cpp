@@ -6,9 +6,12 @@
 #include "app/WindowSeam.h"
 #include "app/core/Log.h"
 #include "app/core/SignalQuit.h"
+#include "server/SnapshotCapture.h"
+#include "update/CheckUpdateCommand.h"
 
 #include <QApplication>
 #include <QCoreApplication>
+#include <QTextStream>
 
 #include <cstdio>
 
@@ -53,6 +56,9 @@ int runHeadless(int argc, char** argv, const RunOptions& run)
         AppDelegate delegate(seam);
         QObject::connect(&delegate, &AppDelegate::launched, [] {
             AppServices& services = AppServices::shared();
+            if (services.effectiveLocalServerEnabled() && !services.statsServer().isRunning())
+                logWarning(QStringLiteral("the statistics server did not start: %1")
+                               .arg(services.statsServer().lastError().value_or(QStringLiteral("unknown error"))));
             logInfo(QStringLiteral("running headless; statistics server %1, network recording %2; stop with Ctrl+C")
                         .arg(services.effectiveLocalServerEnabled()
                                  ? QStringLiteral("on (port %1)").arg(services.options().serverPort)
@@ -64,6 +70,25 @@ int runHeadless(int argc, char** argv, const RunOptions& run)
     }
     AppServices::destroyShared();
     return result;
+}
+
+int runSnapshot(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    // The container is built but not launched: nothing but the snapshot's own sampling runs.
+    AppServices services;
+    const QByteArray document = captureSnapshot(
+        {&services.cpuService(), &services.memoryService(), &services.diskService(), &services.networkService()});
+    std::fwrite(document.constData(), 1, static_cast<size_t>(document.size()), stdout);
+    std::fputc('\n', stdout);
+    return 0;
+}
+
+int runCheckUpdate(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QTextStream out(stdout);
+    return runCheckUpdateCommand(out);
 }
 
 int runWithWindow(int argc, char** argv, const RunOptions& run)
@@ -118,6 +143,10 @@ int main(int argc, char** argv)
         return 0;
     case RunOptions::Mode::headless:
         return runHeadless(argc, argv, run);
+    case RunOptions::Mode::snapshot:
+        return runSnapshot(argc, argv);
+    case RunOptions::Mode::checkUpdate:
+        return runCheckUpdate(argc, argv);
     case RunOptions::Mode::gui:
         if (!hasDisplay()) {
             std::fputs("[Tallowmere] no display found (neither DISPLAY nor WAYLAND_DISPLAY is set); running headless\n",

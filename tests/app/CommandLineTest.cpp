@@ -28,6 +28,8 @@ TEST(CommandLine, HeadlessOverridesInBothSpellings)
     EXPECT_EQ(plain.options->mode, RunOptions::Mode::gui);
     EXPECT_FALSE(plain.options->server);
     EXPECT_EQ(parse({"--headless", "--help"}).options->mode, RunOptions::Mode::help);
+    EXPECT_EQ(parse({"--snapshot"}).options->mode, RunOptions::Mode::snapshot);
+    EXPECT_EQ(parse({"--check-update"}).options->mode, RunOptions::Mode::checkUpdate);
 }
 
 TEST(CommandLine, BadArgumentsSayWhatIsWrong)
@@ -39,6 +41,8 @@ TEST(CommandLine, BadArgumentsSayWhatIsWrong)
         {{"--headless", "--port", "70000"}, "--port takes"},
         {{"--headless", "--port", "12ab"}, "--port takes"},
         {{"--server", "on"}, "go with --headless"},
+        {{"--check-update", "--port", "9000"}, "go with --headless"},
+        {{"--headless", "--snapshot"}, "one at a time"},
         {{"--frobnicate"}, "unknown option --frobnicate"},
     };
     for (const auto& [arguments, message] : cases) {
