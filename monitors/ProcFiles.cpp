@@ -13,7 +13,7 @@ namespace {
 
 bool readAll(int fd, std::string& into)
 {
-    // Kernel text files report a size of 0, so read until end of file. Most fit the stack
+    // Kernel text files report a size of 0, so read until the end. Most fit the stack
     // buffer; copying only what was read avoids clearing a large string on every call.
     char buffer[8192];
     into.clear();
@@ -28,6 +28,10 @@ bool readAll(int fd, std::string& into)
         if (got == 0)
             return true;
         into.append(buffer, static_cast<std::size_t>(got));
+        // procfs and sysfs fill every read as far as they can, so a short read is the end;
+        // asking again would cost another trip into the kernel on every sample.
+        if (static_cast<std::size_t>(got) < sizeof buffer)
+            return true;
     }
 }
 
