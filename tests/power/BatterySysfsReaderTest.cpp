@@ -14,42 +14,35 @@ namespace {
 using battery::readBatteryRegistry;
 using battery::registryFromProperties;
 
-std::optional<RegistryBatteryHealth> registryOf(const char* fixture)
+std::optional<RegistryBatteryHealth> registryOf(const QString& root)
 {
-    return registryFromProperties(readBatteryRegistry(test::fixturePath(QStringLiteral("power/") + fixture)));
+    return registryFromProperties(readBatteryRegistry(root));
+}
+std::optional<RegistryBatteryHealth> fixture(const char* name)
+{
+    return registryOf(test::fixturePath(QStringLiteral("power/") + name));
 }
 
-TEST(BatterySysfs, EnergyAndChargeReportingDrivers)
+TEST(BatterySysfs, FixtureTrees)
 {
     // Energy in µWh turned into mAh with the 11.58 V design voltage; current from power over
     // voltage, negative while discharging; the AC entry is offline.
-    const RegistryBatteryHealth thinkpad{true, 76, false, false, false, 412, 4922, 4342, 3340, std::nullopt, -514, 12192};
-    EXPECT_EQ(registryOf("sysfs-thinkpad"), thinkpad);
+    EXPECT_EQ(fixture("sysfs-thinkpad"),
+              (RegistryBatteryHealth{true, 76, false, false, false, 412, 4922, 4342, 3340, std::nullopt, -514, 12192}));
     // Type from the type files; the USB-C source is online although ADP1 is not; this driver
     // reports the current negated while charging, which reads positive here.
-    const RegistryBatteryHealth charge{true, 50, true, false, true, 0, 6843, 5610, 2805, QString("Good"), 1523, 8412};
-    EXPECT_EQ(registryOf("sysfs-charge-driver"), charge);
-}
-
-TEST(BatterySysfs, WithoutAnAdapterEntryTheBatteryStateTellsWhetherMainsIsPresent)
-{
-    const auto r = registryOf("sysfs-no-adapter");
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->externalConnected, true);  // "Not charging" happens on mains only
-    EXPECT_EQ(r->isCharging, false);
-    EXPECT_EQ(r->percentage, 100);  // no CAPACITY: charge now over charge full
-    EXPECT_EQ(r->condition, std::nullopt);  // "Unknown" is no condition
-
-    const BatteryInfo alone = *battery::registryAlone(r);
-    EXPECT_EQ(alone.powerSource, QString("AC Power"));
-    EXPECT_EQ(alone.maximumCapacityPercent(), 59);
-    EXPECT_EQ(alone.healthStatus(), "Service Recommended");
-}
-
-TEST(BatterySysfs, PeripheralBatteriesAndMissingFoldersGiveNoEntry)
-{
-    EXPECT_FALSE(registryOf("sysfs-desktop-mouse"));
-    EXPECT_FALSE(registryOf("no-such-tree"));
+    EXPECT_EQ(fixture("sysfs-charge-driver"),
+              (RegistryBatteryHealth{true, 50, true, false, true, 0, 6843, 5610, 2805, QString("Good"), 1523, 8412}));
+    // Without an adapter, "Not charging" means mains; no capacity file: charge now over full;
+    // "Unknown" is no condition.
+    const auto alone = fixture("sysfs-no-adapter");
+    ASSERT_TRUE(alone);
+    EXPECT_TRUE(alone->externalConnected == true && alone->isCharging == false && alone->percentage == 100
+                && !alone->condition);
+    EXPECT_EQ(battery::registryAlone(alone)->powerSource, QString("AC Power"));
+    // Peripheral batteries and missing folders give no entry.
+    EXPECT_FALSE(fixture("sysfs-desktop-mouse"));
+    EXPECT_FALSE(fixture("no-such-tree"));
 }
 
 TEST(BatterySysfs, OddAndTruncatedFilesDoNotBreakTheReading)
@@ -59,15 +52,11 @@ TEST(BatterySysfs, OddAndTruncatedFilesDoNotBreakTheReading)
                     "POWER_SUPPLY_TYPE=Battery\n=orphan\nno equals sign\nPOWER_SUPPLY_PRESENT=0\n"
                     "POWER_SUPPLY_CAPACITY=abc\nPOWER_SUPPLY_ENERGY_FULL_DESIGN=50000000\n"
                     "POWER_SUPPLY_VOLTAGE_MIN_DESIGN=0\nPOWER_SUPPLY_STATUS=Unknown\nPOWER_SUPPLY_CURRENT_NOW=12");
-    const auto r = registryFromProperties(readBatteryRegistry(root.path()));
-    ASSERT_TRUE(r);
-    EXPECT_FALSE(r->isInstalled);
-    EXPECT_EQ(r->percentage, std::nullopt);
-    EXPECT_EQ(r->designCapacity, std::nullopt);  // no usable voltage to convert energy with
-    EXPECT_EQ(r->isCharging, std::nullopt);
-    EXPECT_EQ(r->externalConnected, std::nullopt);
-    EXPECT_EQ(r->amperage, 0);  // 12 µA rounds to 0 mA, sign left alone in an unknown state
-    EXPECT_FALSE(battery::registryAlone(r));
+    // No usable voltage to convert energy with; 12 µA rounds to 0 mA, sign left alone.
+    RegistryBatteryHealth expected;
+    expected.amperage = 0;
+    EXPECT_EQ(registryOf(root.path()), expected);
+    EXPECT_FALSE(battery::registryAlone(expected));
 }
 
 TEST(BatterySysfs, ThisMachinesPowerSupplyClassReadsConsistently)
@@ -75,9 +64,8 @@ TEST(BatterySysfs, ThisMachinesPowerSupplyClassReadsConsistently)
     const QDir dir(QStringLiteral("/sys/class/power_supply"));
     bool hasSystemBattery = false;
     for (const QString& name : dir.entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System)) {
-        const QByteArray type = test::readFile(dir.filePath(name) + "/type").trimmed();
-        const QByteArray scope = test::readFile(dir.filePath(name) + "/scope").trimmed();
-        hasSystemBattery |= type == "Battery" && scope != "Device";
+        hasSystemBattery |= test::readFile(dir.filePath(name) + "/type").trimmed() == "Battery"
+                            && test::readFile(dir.filePath(name) + "/scope").trimmed() != "Device";
     }
     EXPECT_EQ(readBatteryRegistry(QStringLiteral("/sys")).has_value(), hasSystemBattery);
 }

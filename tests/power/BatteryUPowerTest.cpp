@@ -21,35 +21,21 @@ class BatteryUPower : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(bus.isUp()); }
 
-    void startUPower(const QString& parameters = {})
+    QDBusMessage mock(const QString& path, const char* method, const QVariantList& arguments)
     {
-        ASSERT_TRUE(bus.startTemplate(QStringLiteral("upower"), upower, parameters));
-    }
-
-    QString addBattery(const char* method, const char* name, double percentage, qlonglong seconds)
-    {
-        const QDBusMessage reply = bus.callMock(upower, upowerPath, QLatin1StringView(method),
-                                                {QString::fromLatin1(name), QStringLiteral("Mock"), percentage, seconds});
+        const QDBusMessage reply = bus.callMock(upower, path, QLatin1StringView(method), arguments);
         EXPECT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
-        return reply.arguments().value(0).toString();
+        return reply;
     }
-
-    void setProperties(const QString& device, const QVariantMap& properties)
+    QString addBattery(const char* method, const char* name, double percentage, qlonglong seconds,
+                       const QVariantMap& properties = {})
     {
-        const QDBusMessage reply = bus.callMock(upower, upowerPath, QStringLiteral("SetDeviceProperties"),
-                                                {QVariant::fromValue(QDBusObjectPath(device)), properties});
-        ASSERT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
+        const QString device = mock(upowerPath, method, {QString::fromLatin1(name), QStringLiteral("Mock"), percentage,
+                                                         seconds}).arguments().value(0).toString();
+        if (!properties.isEmpty())
+            mock(upowerPath, "SetDeviceProperties", {QVariant::fromValue(QDBusObjectPath(device)), properties});
+        return device;
     }
-
-    // The template's devices lack some properties; the mock object can grow them.
-    void addProperty(const QString& device, const char* name, const QVariant& value)
-    {
-        const QDBusMessage reply = bus.callMock(upower, device, QStringLiteral("AddProperty"),
-                                                {QStringLiteral("org.freedesktop.UPower.Device"),
-                                                 QString::fromLatin1(name), QVariant::fromValue(QDBusVariant(value))});
-        ASSERT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
-    }
-
     BatteryInfo read(const QString& sysfsRoot = noSysfs) { return BatteryInfo::current(bus.connection(), sysfsRoot); }
 
     test::PrivateBus bus;
@@ -57,53 +43,41 @@ protected:
 
 TEST_F(BatteryUPower, DischargingBatteryOnBattery)
 {
-    startUPower(QStringLiteral(R"({"OnBattery": true})"));
+    ASSERT_TRUE(bus.startTemplate(QStringLiteral("upower"), upower, QStringLiteral(R"({"OnBattery": true})")));
     addBattery("AddDischargingBattery", "mock_BAT", 30.4, 1250);
     const BatteryInfo info = read();
-    EXPECT_TRUE(info.isPresent);
-    EXPECT_EQ(info.percentage, 30);
-    EXPECT_EQ(info.isCharging, false);
+    EXPECT_TRUE(info.isPresent && info.percentage == 30 && info.isCharging == false);
     EXPECT_EQ(info.powerSource, QString("Battery Power"));
     EXPECT_EQ(info.timeRemainingMinutes, 20);  // 1250 s, whole minutes
-    EXPECT_EQ(info.menuBarTimeText(), QString("0:20"));
     EXPECT_EQ(info.designCapacity, std::nullopt);
 }
 
 TEST_F(BatteryUPower, ChargingBatteryMergedWithTheDriverEntry)
 {
-    startUPower();
+    ASSERT_TRUE(bus.startTemplate(QStringLiteral("upower"), upower));
     const QString path = addBattery("AddChargingBattery", "mock_BAT", 80.0, 3900);
-    addProperty(path, "Voltage", 12.5);
-    addProperty(path, "EnergyRate", 25.0);
+    // The template's devices lack these two; the mock object can grow them.
+    for (const auto& [name, value] : {std::pair{"Voltage", 12.5}, std::pair{"EnergyRate", 25.0}})
+        mock(path, "AddProperty", {QStringLiteral("org.freedesktop.UPower.Device"), QString::fromLatin1(name),
+                                   QVariant::fromValue(QDBusVariant(value))});
     const BatteryInfo info = read(test::fixturePath(QStringLiteral("power/sysfs-thinkpad")));
     EXPECT_EQ(info.percentage, 80);  // UPower's figure wins over the driver's 76
-    EXPECT_EQ(info.isCharging, true);
     EXPECT_EQ(info.powerSource, QString("AC Power"));
-    EXPECT_EQ(info.timeToFullChargeMinutes, 65);
     EXPECT_EQ(info.statusLine(), QString::fromUtf8("Charging \u00b7 Full in 1h 5m"));
     EXPECT_EQ(info.voltage, 12500);
     EXPECT_EQ(info.amperage, 2000);
     // Only the driver knows cycles and capacities.
     EXPECT_EQ(info.cycleCount, 412);
-    EXPECT_EQ(info.designCapacity, 4922);
     EXPECT_EQ(info.maximumCapacityPercent(), 88);
-    EXPECT_EQ(info.healthStatus(), "Normal");
 }
 
 TEST_F(BatteryUPower, AbsentBatteriesAndPeripheralsAreNotTheMachinesBattery)
 {
-    startUPower();
-    bus.callMock(upower, upowerPath, QStringLiteral("AddAC"), {QStringLiteral("mock_AC"), QStringLiteral("Mock AC")});
-    const QString mouse = addBattery("AddDischargingBattery", "mouse_BAT", 40.0, 0);
-    setProperties(mouse, {{"PowerSupply", false}});
-    const QString removed = addBattery("AddDischargingBattery", "slot_BAT", 90.0, 600);
-    setProperties(removed, {{"IsPresent", false}});
+    ASSERT_TRUE(bus.startTemplate(QStringLiteral("upower"), upower));
+    mock(upowerPath, "AddAC", {QStringLiteral("mock_AC"), QStringLiteral("Mock AC")});
+    addBattery("AddDischargingBattery", "mouse_BAT", 40.0, 0, {{"PowerSupply", false}});
+    addBattery("AddDischargingBattery", "slot_BAT", 90.0, 600, {{"IsPresent", false}});
     EXPECT_EQ(read(), BatteryInfo::noBattery(QString("AC Power")));
-
-    const auto descriptions = battery::readPowerSourceDescriptions(bus.connection());
-    ASSERT_TRUE(descriptions);
-    EXPECT_EQ(descriptions->size(), 4);  // the daemon's state and three devices
-
     addBattery("AddDischargingBattery", "zz_BAT", 55.0, 600);
     EXPECT_EQ(read().percentage, 55);
 }
@@ -113,10 +87,8 @@ TEST_F(BatteryUPower, WithoutUPowerTheDriverEntryOrNothingRemains)
     EXPECT_FALSE(battery::readPowerSourceDescriptions(bus.connection()));
     EXPECT_EQ(read(), BatteryInfo::noBattery());
     const BatteryInfo fromDriver = read(test::fixturePath(QStringLiteral("power/sysfs-charge-driver")));
-    EXPECT_TRUE(fromDriver.isPresent);
+    EXPECT_TRUE(fromDriver.isPresent && fromDriver.percentage == 50);
     EXPECT_EQ(fromDriver.powerSource, QString("AC Power"));
-    EXPECT_EQ(fromDriver.percentage, 50);
-
     // A connection that never reached a bus behaves the same.
     EXPECT_EQ(BatteryInfo::current(QDBusConnection(QStringLiteral("never-connected")), noSysfs), BatteryInfo::noBattery());
 }
