@@ -39,14 +39,10 @@ struct ClientEnd {
     }
 };
 
-HTTPResponse echoPath(const HTTPRequest& request)
-{
-    return HTTPResponse::text("200 OK", request.path.toUtf8());
-}
-
 TEST(ConnectionPool, DeadlinesAndTheCapCloseWaitingConnections)
 {
-    ConnectionPool pool(echoPath, {{}, 3, std::chrono::milliseconds(300)});
+    ConnectionPool pool([](const HTTPRequest& request) { return HTTPResponse::text("200 OK", request.path.toUtf8()); },
+                        {{}, 3, std::chrono::milliseconds(300)});
     ClientEnd silent(pool), dripping(pool, "GET /a"), third(pool);
     ClientEnd early(pool, "GET /early HTTP/1.1\r\n\r\n"); // answered at once, no place taken
     EXPECT_TRUE(early.closedByPool());

@@ -31,7 +31,6 @@ TEST(MetricsText, FiguresInBaseUnitsAcceptedByTheFormatChecker)
     for (const char* line : {"# HELP tallowmere_cpu_usage_percent Total processor load in percent.\n"
                              "# TYPE tallowmere_cpu_usage_percent gauge\ntallowmere_cpu_usage_percent 12.5\n",
                              "\ntallowmere_memory_used_bytes 10468982784\n",
-                             "\ntallowmere_disk_write_bytes_per_second 0.1\n",
                              "\n# TYPE tallowmere_network_session_download_bytes_total counter\n"
                              "tallowmere_network_session_download_bytes_total 18446744073709551615\n",
                              "\ntallowmere_battery_charging 0\n", "\ntallowmere_battery_time_remaining_seconds 14700\n",
