@@ -26,19 +26,12 @@ void ManualClock::advance(std::chrono::milliseconds by)
                                            [](const Sleeper& a, const Sleeper& b) { return a.due < b.due; });
         if (next == sleepers_.end() || next->due > target)
             break;
-        now_ += next->due - elapsed_;
         elapsed_ = next->due;
         const auto wake = std::move(next->wake);
         sleepers_.erase(next);
         wake();
     }
-    now_ += target - elapsed_;
     elapsed_ = target;
-}
-
-QDBusConnection missingBus()
-{
-    return QDBusConnection(QStringLiteral("tallowmere-no-such-bus"));
 }
 
 InhibitBus::~InhibitBus()
@@ -67,8 +60,7 @@ bool InhibitBus::start(bool loginManager, bool screenSaver)
     screenSaver_->setProcessEnvironment(env);
     screenSaver_->start(QStringLiteral("/usr/bin/python3"), {QStringLiteral("-m"), QStringLiteral("dbusmock"),
                                                               QStringLiteral("--session"), name, path, name});
-    QDBusConnection bus = connection();
-    if (!waitUntil([&] { return bus.interface()->isServiceRegistered(name).value(); }, 10000))
+    if (!waitUntil([&] { return connection().interface()->isServiceRegistered(name).value(); }, 10000))
         return false;
     const auto add = [&](const char* method, const char* in, const char* out, const char* code) {
         return bus_.callMock(name, path, QStringLiteral("AddMethod"),
@@ -80,11 +72,10 @@ bool InhibitBus::start(bool loginManager, bool screenSaver)
 
 QStringList InhibitBus::heldLocks() const
 {
-    QDBusMessage call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.login1"),
-                                                       QStringLiteral("/org/freedesktop/login1"),
-                                                       QStringLiteral("org.freedesktop.login1.Manager"),
-                                                       QStringLiteral("ListInhibitors"));
-    const QDBusMessage reply = connection().call(call, QDBus::Block, 5000);
+    const QDBusMessage reply = connection().call(
+        QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
+                                       QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("ListInhibitors")),
+        QDBus::Block, 5000);
     if (reply.type() != QDBusMessage::ReplyMessage)
         return {QStringLiteral("<no answer>")};
     QStringList locks;

@@ -14,7 +14,7 @@ namespace tallowmere::test {
 // Time that moves only when the test says so; due sleeps fire in order as it passes.
 class ManualClock : public KeepAwakeClock {
 public:
-    WallTime now() const override { return now_; }
+    WallTime now() const override { return WallTime(std::chrono::hours(493'000)) + elapsed_; }
     std::unique_ptr<QObject> sleep(std::chrono::milliseconds delay, std::function<void()> wake) override;
     void advance(std::chrono::milliseconds by);
 
@@ -24,26 +24,19 @@ private:
         QPointer<QObject> handle;
         std::function<void()> wake;
     };
-    WallTime now_ = WallTime(std::chrono::hours(493'000));
     std::chrono::milliseconds elapsed_{0};
     std::vector<Sleeper> sleepers_;
 };
 
 // A connection that never reached a bus.
-QDBusConnection missingBus();
+inline QDBusConnection missingBus() { return QDBusConnection(QStringLiteral("tallowmere-no-such-bus")); }
 
 // A login manager and a session screen saver on a private bus, and what they were asked.
 class InhibitBus {
 public:
-    InhibitBus() = default;
     ~InhibitBus();
-    InhibitBus(const InhibitBus&) = delete;
-    InhibitBus& operator=(const InhibitBus&) = delete;
-
     bool start(bool loginManager, bool screenSaver);
     QDBusConnection connection() const { return bus_.connection(QStringLiteral("keepawake")); }
-    const QString& address() const { return bus_.address(); }
-
     // The "what" of each lock the login manager holds for us, sorted.
     QStringList heldLocks() const;
     // How often the screen saver was called with `method`.

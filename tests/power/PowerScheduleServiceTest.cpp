@@ -29,12 +29,11 @@ struct PowerScheduleTest : ::testing::Test {
 
     std::unique_ptr<PowerScheduleService> makeService(PreferencesStore& store)
     {
-        const CommandRunner run = [this](const QString& program, const QStringList& arguments) {
+        return std::make_unique<PowerScheduleService>(store, [this](const QString& program, const QStringList& arguments) {
             QMutexLocker lock(&mutex);
             commands += (QStringList{program} + arguments).join(u' ').toStdString() + '\n';
             return 1; // a failing command changes nothing
-        };
-        return std::make_unique<PowerScheduleService>(store, run, dir.path() + QStringLiteral("/units"));
+        }, dir.path() + QStringLiteral("/units"));
     }
     std::string take(PowerScheduleService& service)
     {
@@ -60,8 +59,7 @@ TEST_F(PowerScheduleTest, CreationReadsWithoutWritingOrRunning)
     PreferencesStore store(prefsPath);
     const auto service = makeService(store);
     // The hour is taken as stored; the minute is cut down to a quarter.
-    EXPECT_EQ(service->wakeHour(), 31);
-    EXPECT_EQ(service->wakeMinute(), 45);
+    EXPECT_EQ(QString::asprintf("%d:%d", service->wakeHour(), service->wakeMinute()), QStringLiteral("31:45"));
     EXPECT_EQ(take(*service), "");
     EXPECT_EQ(test::readFile(prefsPath), json);
 }
@@ -108,8 +106,7 @@ TEST_F(PowerScheduleTest, SwitchingOnWritesTheTimerAndOffRemovesIt)
 
     service->setWakeEnabled(true);
     EXPECT_EQ(take(*service), reload + enable);
-    const QByteArray timer = test::readFile(timerPath);
-    EXPECT_TRUE(timer.contains("\nOnCalendar=*-*-* 06:15:00\nWakeSystem=true\n")) << timer.constData();
+    EXPECT_TRUE(test::readFile(timerPath).contains("\nOnCalendar=*-*-* 06:15:00\nWakeSystem=true\n"));
     EXPECT_TRUE(test::readFile(dir.path() + QStringLiteral("/units/tallowmere-wake.service")).contains("ExecStart="));
 
     service->adjustTime(720); // hour and minute: two applies
