@@ -60,8 +60,8 @@ int runHeadless(int argc, char** argv, const RunOptions& run)
                 logWarning(QStringLiteral("the statistics server did not start: %1")
                                .arg(services.statsServer().lastError().value_or(QStringLiteral("unknown error"))));
             logInfo(QStringLiteral("running headless; statistics server %1, network recording %2; stop with Ctrl+C")
-                        .arg(services.effectiveLocalServerEnabled()
-                                 ? QStringLiteral("on (port %1)").arg(services.options().serverPort)
+                        .arg(services.statsServer().isRunning()
+                                 ? QStringLiteral("on (%1)").arg(services.statsServer().endpointAddress())
                                  : QStringLiteral("off"),
                              services.effectiveNetworkRecordingEnabled() ? QStringLiteral("on") : QStringLiteral("off")));
         });
