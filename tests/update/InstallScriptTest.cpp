@@ -25,11 +25,7 @@ TEST(InstallScript, RestoresAndStartsTheOldCopyWhenTheCopyFails)
     test::writeFile(newApp, QStringLiteral("share/big.bin"), QByteArray(256 * 1024, 'x'));
     // A stale backup from an earlier run must not come back instead of the current copy.
     test::makeFakeApp(app + QStringLiteral(".old"), QStringLiteral("stale"), marker);
-    qint64 gonePid = 0;
-    {
-        test::StandIn finished;
-        gonePid = finished.pid();
-    }
+    const qint64 gonePid = test::StandIn().pid; // a program that has already quit
     test::writeFile(root.path(), QStringLiteral("install.sh"), installScriptText(gonePid, app, newApp).toUtf8());
 
     QProcess bash;

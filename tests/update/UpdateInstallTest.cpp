@@ -37,7 +37,7 @@ protected:
     {
         UpdateEnvironment environment{server.url(feedPath), 1,
                                       programPath.isEmpty() ? app + QStringLiteral("/bin/tallowmere") : programPath,
-                                      temporary, running.pid(), [this] { ++quitCalls; }};
+                                      temporary, running.pid, [this] { ++quitCalls; }};
         auto service = std::make_unique<UpdateService>(std::move(environment));
         const int downloads = server.requestCount(archivePath);
         service->installUpdate();

@@ -5,7 +5,6 @@
 #include <QFile>
 #include <QTcpSocket>
 
-#include <memory>
 #include <stdexcept>
 
 namespace tallowmere::test {
@@ -17,13 +16,9 @@ LoopbackHttpServer::LoopbackHttpServer()
     connect(&server_, &QTcpServer::newConnection, this, [this] {
         while (QTcpSocket* socket = server_.nextPendingConnection()) {
             connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-            auto buffer = std::make_shared<QByteArray>();
-            connect(socket, &QTcpSocket::readyRead, this, [this, socket, buffer] {
-                buffer->append(socket->readAll());
-                if (const qsizetype end = buffer->indexOf("\r\n\r\n"); end >= 0) {
-                    respond(socket, buffer->left(end));
-                    buffer->clear();
-                }
+            connect(socket, &QTcpSocket::readyRead, this, [this, socket] {
+                if (socket->peek(socket->bytesAvailable()).contains("\r\n\r\n"))
+                    respond(socket, socket->readAll());
             });
         }
     });
@@ -76,22 +71,6 @@ QByteArray feedXml(qint64 build, const QUrl& archive, const QByteArray& version)
     return "<?xml version=\"1.0\"?>\n<feed><entry>\n  <version>" + version + "</version>\n  <build>"
         + QByteArray::number(build) + "</build>\n  <url>" + archive.toEncoded()
         + "</url>\n  <releaseNotes>Notes.</releaseNotes>\n</entry></feed>\n";
-}
-
-StandIn::StandIn()
-{
-    process_.start(QStringLiteral("/bin/sleep"), {QStringLiteral("120")});
-    if (!process_.waitForStarted())
-        throw std::runtime_error("cannot start the stand-in process");
-    pid_ = process_.processId(); // QProcess forgets it once the child has ended
-}
-
-void StandIn::stop()
-{
-    if (process_.state() == QProcess::NotRunning)
-        return;
-    process_.kill();
-    process_.waitForFinished();
 }
 
 } // namespace tallowmere::test

@@ -38,16 +38,21 @@ QByteArray zipOf(const QString& staging, const QStringList& entries);
 QByteArray feedXml(qint64 build, const QUrl& archive, const QByteArray& version = "9.9");
 
 // A real process standing in for the running program until stop().
-class StandIn {
-public:
-    StandIn();
+struct StandIn {
+    StandIn()
+    {
+        process.start(QStringLiteral("/bin/sleep"), {QStringLiteral("120")});
+        process.waitForStarted();
+        pid = process.processId(); // QProcess forgets it once the child has ended
+    }
     ~StandIn() { stop(); }
-    qint64 pid() const { return pid_; }
-    void stop();
-
-private:
-    QProcess process_;
-    qint64 pid_ = 0;
+    void stop()
+    {
+        process.kill();
+        process.waitForFinished();
+    }
+    QProcess process;
+    qint64 pid = 0;
 };
 
 } // namespace tallowmere::test
