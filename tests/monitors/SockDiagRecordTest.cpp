@@ -32,7 +32,7 @@ void appendSocket(std::vector<std::byte>& out, std::uint32_t sequence, int famil
     message.idiag_family = static_cast<__u8>(family);
     message.idiag_inode = inode;
     inet_pton(family, remote, message.id.idiag_dst);
-    std::vector<std::byte> payload(NLMSG_ALIGN(sizeof message) + RTA_SPACE(infoBytes));
+    std::vector<std::byte> payload(NLMSG_ALIGN(sizeof message) + (infoBytes > 0 ? RTA_SPACE(infoBytes) : 0));
     std::memcpy(payload.data(), &message, sizeof message);
     if (infoBytes > 0) {
         tcp_info info{};
@@ -42,8 +42,6 @@ void appendSocket(std::vector<std::byte>& out, std::uint32_t sequence, int famil
         std::byte* at = payload.data() + NLMSG_ALIGN(sizeof message);
         std::memcpy(at, &attribute, sizeof attribute);
         std::memcpy(at + RTA_LENGTH(0), &info, std::min(infoBytes, sizeof info));
-    } else {
-        payload.resize(NLMSG_ALIGN(sizeof message));
     }
     append(out, SOCK_DIAG_BY_FAMILY, sequence, payload);
 }
@@ -59,8 +57,7 @@ TEST(SockDiagRecord, DecodesSocketsAndCountersUntilDone)
     appendSocket(buffer, 7, AF_INET, "10.0.0.3", 3, 0);
     append(buffer, NLMSG_DONE, 7, std::vector<std::byte>(4));
     const SockDiagChunk chunk = decodeSockDiagChunk(buffer, 7);
-    EXPECT_TRUE(chunk.done);
-    EXPECT_FALSE(chunk.failed);
+    EXPECT_TRUE(chunk.done && !chunk.failed);
     ASSERT_EQ(chunk.records.size(), 5u);
     EXPECT_EQ(chunk.records[0].inode, 4242u);
     EXPECT_EQ(chunk.records[0].bytes, (ByteCounts{1000, 2000}));
@@ -68,8 +65,7 @@ TEST(SockDiagRecord, DecodesSocketsAndCountersUntilDone)
     EXPECT_EQ(remoteAddressText(chunk.records[1]), QStringLiteral("192.168.1.5")) << "mapped IPv4 reads as IPv4";
     EXPECT_EQ(remoteAddressText(chunk.records[2]), QStringLiteral("2606:4700::1"));
     EXPECT_EQ(chunk.records[2].bytes, (ByteCounts{77, 88}));
-    EXPECT_FALSE(chunk.records[3].bytes);
-    EXPECT_FALSE(chunk.records[4].bytes);
+    EXPECT_FALSE(chunk.records[3].bytes || chunk.records[4].bytes);
 }
 
 TEST(SockDiagRecord, SkipsOtherDumpsAndFailsOnErrorsOrBrokenLengths)
@@ -83,11 +79,9 @@ TEST(SockDiagRecord, SkipsOtherDumpsAndFailsOnErrorsOrBrokenLengths)
     ASSERT_EQ(skipped.records.size(), 1u);
     EXPECT_EQ(skipped.records[0].inode, 2u);
 
-    std::vector<std::byte> error;
+    std::vector<std::byte> error, truncated;
     append(error, NLMSG_ERROR, 5, std::vector<std::byte>(20));
     EXPECT_TRUE(decodeSockDiagChunk(error, 5).failed);
-
-    std::vector<std::byte> truncated;
     appendSocket(truncated, 6, AF_INET, "10.0.0.1", 1, sizeof(tcp_info));
     truncated.resize(truncated.size() - 10);
     EXPECT_TRUE(decodeSockDiagChunk(truncated, 6).failed);

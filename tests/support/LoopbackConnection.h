@@ -1,18 +1,20 @@
 #pragma once
 
 #include "app/core/UniqueFd.h"
+#include "tests/support/TestSupport.h"
 
 #include <arpa/inet.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <stdexcept>
-#include <string>
 #include <thread>
 #include <vector>
 
 namespace tallowmere::test {
+
+// The command name this test process is attributed under.
+inline QString ownCommand() { return QString::fromUtf8(readFile("/proc/self/comm")).trimmed(); }
 
 // A TCP connection inside the test process between two loopback addresses other than
 // 127.0.0.1: the client at kClientAddress talks to a listener at kServerAddress, so each end
@@ -21,22 +23,19 @@ struct LoopbackConnection {
     static constexpr const char* kServerAddress = "127.0.0.2";
     static constexpr const char* kClientAddress = "127.0.0.3";
 
-    UniqueFd listener, client, server;
+    UniqueFd listener{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+    UniqueFd client{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+    UniqueFd server;
 
     LoopbackConnection()
     {
-        listener.reset(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        sockaddr_in address = endpoint(kServerAddress);
+        sockaddr_in address = endpoint(kServerAddress), local = endpoint(kClientAddress);
         socklen_t length = sizeof address;
-        if (::bind(listener.get(), reinterpret_cast<sockaddr*>(&address), length) != 0
-            || ::listen(listener.get(), 1) != 0
-            || ::getsockname(listener.get(), reinterpret_cast<sockaddr*>(&address), &length) != 0)
-            throw std::runtime_error(std::string("cannot listen on ") + kServerAddress);
-        client.reset(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        sockaddr_in local = endpoint(kClientAddress);
-        if (::bind(client.get(), reinterpret_cast<sockaddr*>(&local), sizeof local) != 0
+        if (::bind(listener.get(), reinterpret_cast<sockaddr*>(&address), length) != 0 || ::listen(listener.get(), 1) != 0
+            || ::getsockname(listener.get(), reinterpret_cast<sockaddr*>(&address), &length) != 0
+            || ::bind(client.get(), reinterpret_cast<sockaddr*>(&local), sizeof local) != 0
             || ::connect(client.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0)
-            throw std::runtime_error(std::string("cannot connect to ") + kServerAddress);
+            throw std::runtime_error("cannot set up the loopback connection");
         server.reset(::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
     }
 
@@ -44,11 +43,11 @@ struct LoopbackConnection {
     void exchange(std::size_t up, std::size_t down)
     {
         std::thread serverSide([&] {
-            receiveAll(server.get(), up);
-            sendAll(server.get(), down);
+            transfer(server.get(), up, false);
+            transfer(server.get(), down, true);
         });
-        sendAll(client.get(), up);
-        receiveAll(client.get(), down);
+        transfer(client.get(), up, true);
+        transfer(client.get(), down, false);
         serverSide.join();
     }
 
@@ -60,24 +59,15 @@ private:
         inet_pton(AF_INET, ip, &address.sin_addr);
         return address;
     }
-    static void sendAll(int fd, std::size_t count)
+    static void transfer(int fd, std::size_t count, bool send)
     {
-        const std::vector<char> chunk(16 * 1024, 'x');
+        std::vector<char> buffer(64 * 1024, 'x');
         while (count > 0) {
-            const ssize_t sent = ::send(fd, chunk.data(), std::min(count, chunk.size()), MSG_NOSIGNAL);
-            if (sent <= 0)
+            const std::size_t chunk = std::min(count, buffer.size());
+            const ssize_t done = send ? ::send(fd, buffer.data(), chunk, MSG_NOSIGNAL) : ::recv(fd, buffer.data(), chunk, 0);
+            if (done <= 0)
                 return;
-            count -= static_cast<std::size_t>(sent);
-        }
-    }
-    static void receiveAll(int fd, std::size_t count)
-    {
-        std::vector<char> buffer(64 * 1024);
-        while (count > 0) {
-            const ssize_t got = ::recv(fd, buffer.data(), std::min(count, buffer.size()), 0);
-            if (got <= 0)
-                return;
-            count -= static_cast<std::size_t>(got);
+            count -= static_cast<std::size_t>(done);
         }
     }
 };
