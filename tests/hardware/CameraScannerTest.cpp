@@ -3,13 +3,14 @@
 #include "tests/hardware/CameraFakeLayer.h"
 #include "tests/support/TestSupport.h"
 
+#include "app/core/UniqueFd.h"
+
 #include <QDir>
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
-#include <unistd.h>
 
 using namespace tallowmere;
 using Layer = test::FakeVideoLayer;
@@ -72,10 +73,8 @@ TEST(CameraScanner, FixtureMachineListsEachCaptureNodeOnce)
 
 TEST(CameraScanner, NodeNamesAndHoldersComeFromTheirRoots)
 {
-    QStringList names;
-    for (const QString& name : CameraScanner::videoNodeNames(fixtureRoots.dev))
-        names << name;
-    EXPECT_EQ(names.join(u' '), QStringLiteral("video0 video1 video2 video3 video10"));
+    const auto names = CameraScanner::videoNodeNames(fixtureRoots.dev);
+    EXPECT_EQ(QStringList(names.begin(), names.end()).join(u' '), QStringLiteral("video0 video1 video2 video3 video10"));
     QStringList held = CameraScanner::nodesHeldOpen(fixtureRoots.proc, 1).values();
     held.sort();
     EXPECT_EQ(held.join(u' '), QStringLiteral("/dev/video0 /dev/video1 /dev/video2"));
@@ -91,25 +90,22 @@ TEST(CameraScanner, RealMachineListsItsCaptureNodes)
     QStringList captureNodes, unopenable;
     for (const QString& name : QDir(QStringLiteral("/dev")).entryList({QStringLiteral("video*")}, QDir::System)) {
         const QString path = QStringLiteral("/dev/") + name;
-        const int fd = ::open(path.toLocal8Bit().constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        const UniqueFd fd(::open(path.toLocal8Bit().constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
         v4l2_capability cap{};
-        if (fd < 0)
+        if (fd.get() < 0)
             unopenable << path;
-        else if (::ioctl(fd, VIDIOC_QUERYCAP, &cap) == 0
+        else if (::ioctl(fd.get(), VIDIOC_QUERYCAP, &cap) == 0
                  && (((cap.capabilities & V4L2_CAP_DEVICE_CAPS) ? cap.device_caps : cap.capabilities)
                      & (V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_VIDEO_CAPTURE_MPLANE)))
             captureNodes << path;
-        if (fd >= 0)
-            ::close(fd);
     }
     QStringList listed;
-    for (const CameraDevice& device : CameraScanner(makeV4L2DeviceLayer()).scan()) {
-        if (!unopenable.contains(device.id)) // judged by sysfs alone; left aside
-            listed << device.id;
-    }
+    for (const CameraDevice& device : CameraScanner(makeV4L2DeviceLayer()).scan())
+        listed << device.id;
+    listed.removeIf([&](const QString& id) { return unopenable.contains(id); }); // judged by sysfs alone
     listed.sort();
     captureNodes.sort();
-    EXPECT_EQ(listed.join(u' '), captureNodes.join(u' '));
+    EXPECT_EQ(listed, captureNodes);
 
     // And on a node that is no video device every question fails cleanly.
     const auto device = makeV4L2DeviceLayer()->open("/dev/null");
