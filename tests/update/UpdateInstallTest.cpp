@@ -103,51 +103,40 @@ TEST_F(UpdateInstall, QuitsAndTheScriptSwapsOnceTheProgramHasExited)
 
 TEST_F(UpdateInstall, FailuresLeaveTheProgramRunningAndUnchanged)
 {
+    // The archive served as bytes with a status, or a copy made at `folder` in staging and
+    // zipped by its top entry; `program` is where the running copy lives when not in the bundle.
+    struct Case { const char* name; QByteArray bytes; int status; QString folder, message, program; };
     const QString notFound = updateErrorMessage(UpdateError::appNotFound);
-    const std::vector<std::tuple<const char*, std::function<void()>, QString>> cases = {
-        {"404", [&] { server.serve(archivePath, "missing", 404); }, updateErrorMessage(UpdateError::badResponse)},
-        {"not a zip", [&] { server.serve(archivePath, "PK, but no archive"); }, updateErrorMessage(UpdateError::unzipFailed)},
-        {"only hidden bundle",
-         [&] {
-             test::makeFakeApp(staging + QStringLiteral("/.Tallowmere.app"), QStringLiteral("new"), marker);
-             serveArchiveOf({QStringLiteral(".Tallowmere.app")});
-         },
-         notFound},
-        {"bundle one folder down",
-         [&] {
-             test::makeFakeApp(staging + QStringLiteral("/Release/Tallowmere.app"), QStringLiteral("new"), marker);
-             serveArchiveOf({QStringLiteral("Release")});
-         },
-         notFound},
-        {"bundle without the program",
-         [&] {
-             test::writeFile(staging, QStringLiteral("Tallowmere.app/share/label.txt"), "new");
-             serveArchiveOf({QStringLiteral("Tallowmere.app")});
-         },
-         notFound},
-        {"not installed as Tallowmere.app", [&] { server.serve(archivePath, "unused"); }, QString()},
+    const std::vector<Case> cases = {
+        {"404", "missing", 404, {}, updateErrorMessage(UpdateError::badResponse), {}},
+        {"not a zip", "PK, but no archive", 200, {}, updateErrorMessage(UpdateError::unzipFailed), {}},
+        {"cut off", {}, 0, {}, {}, {}}, // the transport's own words
+        {"only hidden bundle", {}, 200, QStringLiteral(".Tallowmere.app"), notFound, {}},
+        {"bundle one folder down", {}, 200, QStringLiteral("Release/Tallowmere.app"), notFound, {}},
+        {"bundle without bin/tallowmere", {}, 200, QStringLiteral("Tallowmere.app/lib"), notFound, {}},
+        {"not installed as Tallowmere.app", "unused", 200, {}, QStringLiteral("not installed in a Tallowmere.app"),
+         QStringLiteral("/usr/bin/tallowmere")},
     };
-    for (const auto& [name, arrange, message] : cases) {
+    for (const auto& [name, bytes, status, folder, message, program] : cases) {
         SCOPED_TRACE(name);
         QDir(staging).removeRecursively();
-        QDir().mkpath(staging);
-        arrange();
-        const int downloads = server.requestCount(archivePath);
-        auto service = install(message.isEmpty() ? QStringLiteral("/usr/bin/tallowmere") : QString());
-        if (message.isEmpty()) {
-            EXPECT_TRUE(service->state().failureMessage().contains(QStringLiteral("not installed in a Tallowmere.app")));
-            EXPECT_EQ(server.requestCount(archivePath), downloads) << "refused before downloading";
-        } else {
-            EXPECT_EQ(service->state(), UpdateState::failed(message));
+        server.serve(archivePath, bytes, status);
+        if (!folder.isEmpty()) {
+            test::makeFakeApp(staging + u'/' + folder, QStringLiteral("new"), marker);
+            serveArchiveOf({folder.section(u'/', 0, 0)});
         }
+        const int downloads = server.requestCount(archivePath);
+        const UpdateState state = install(program)->state();
+        if (program.isEmpty() && !message.isEmpty())
+            EXPECT_EQ(state, UpdateState::failed(message));
+        else
+            EXPECT_TRUE(state.is(Kind::failed) && state.failureMessage().contains(message) && !state.failureMessage().isEmpty());
+        EXPECT_EQ(server.requestCount(archivePath) > downloads, program.isEmpty()) << "a refusal comes before downloading";
         QTest::qWait(50);
         EXPECT_EQ(quitCalls, 0);
         EXPECT_EQ(installedLabel(), QStringLiteral("old"));
         EXPECT_EQ(QDir(temporary).entryList({QStringLiteral("*.sh")}), QStringList()) << "no script was written";
     }
-    server.serve(archivePath, {}, 0);
-    EXPECT_FALSE(install()->state().failureMessage().isEmpty()) << "a cut-off download";
-    EXPECT_EQ(quitCalls, 0);
 }
 
 TEST(InstalledAppFolder, OnlyABinFolderDirectlyInsideTallowmereAppCounts)
