@@ -132,6 +132,7 @@ TEST(StatsServerStates, BusyPortGivesTheSystemsErrorAndALaterStartRecovers)
         EXPECT_TRUE(server.isRunning());
         EXPECT_FALSE(server.lastError().has_value());
         EXPECT_EQ(exchange(port, "GET / HTTP/1.1\r\n\r\n").status(), "HTTP/1.1 200 OK");
+        EXPECT_EQ(server.endpointAddress(), QStringLiteral("http://127.0.0.1:%1/mcp").arg(port));
     }
 }
 
