@@ -35,4 +35,3 @@ BENCHMARK(BM_CameraPollPass)->Unit(benchmark::kMicrosecond);
 
 } // namespace
 
-BENCHMARK_MAIN();

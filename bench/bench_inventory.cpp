@@ -42,12 +42,3 @@ static void BM_BatteryInfoCurrent(benchmark::State& state)
         benchmark::DoNotOptimize(BatteryInfo::current());
 }
 BENCHMARK(BM_BatteryInfoCurrent)->Unit(benchmark::kMicrosecond);
-
-int main(int argc, char** argv)
-{
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

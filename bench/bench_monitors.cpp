@@ -82,11 +82,3 @@ BENCHMARK(BM_MemorySample)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_DiskSample)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_ProcessWalk)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_PsCollection)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20);
-
-int main(int argc, char** argv)
-{
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
-}

@@ -164,12 +164,3 @@ void BM_InterfaceCounters(benchmark::State& state)
 BENCHMARK(BM_InterfaceCounters)->Unit(benchmark::kMicrosecond);
 
 } // namespace
-
-int main(int argc, char** argv)
-{
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

@@ -174,12 +174,3 @@ void BM_StaticUpperBound(benchmark::State& state)
 BENCHMARK(BM_StaticUpperBound)->Arg(1)->Arg(4)->Arg(16)->Iterations(1)->Unit(benchmark::kSecond);
 BENCHMARK(BM_StatsServerGetStats)->Arg(1)->Arg(4)->Arg(16)->Iterations(1)->Unit(benchmark::kSecond);
 BENCHMARK(BM_StatsServerNotFound)->Arg(16)->Iterations(1)->Unit(benchmark::kSecond);
-
-int main(int argc, char** argv)
-{
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

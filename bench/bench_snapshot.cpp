@@ -99,12 +99,3 @@ BENCHMARK(BM_SnapshotWithoutBatteryRead)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_BatteryRead)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_EncodeOnly)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_MetricsTextOnly)->Unit(benchmark::kMicrosecond);
-
-int main(int argc, char** argv)
-{
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

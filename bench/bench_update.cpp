@@ -36,4 +36,3 @@ void BM_MegabyteOfNotes(benchmark::State& state) { parseFeed(state, largeFeed())
 
 BENCHMARK(BM_TypicalFeed);
 BENCHMARK(BM_MegabyteOfNotes)->Unit(benchmark::kMillisecond);
-BENCHMARK_MAIN();

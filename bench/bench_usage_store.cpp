@@ -215,12 +215,3 @@ void BM_WhatIfRollupQueries30D(benchmark::State& state)
 BENCHMARK(BM_WhatIfRollupQueries30D)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace
-
-int main(int argc, char** argv)
-{
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
