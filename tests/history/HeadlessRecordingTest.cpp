@@ -14,7 +14,8 @@ namespace {
 
 using test::LoopbackConnection;
 
-// build/tallowmere --headless --record on, with data and settings in temporary folders.
+// build/tallowmere --headless --record on, with data and settings in temporary folders; the
+// QProcess kills a program still running when the test ends.
 class HeadlessRecordingTest : public ::testing::Test {
 protected:
     void start(const QString& dataHome)
@@ -27,15 +28,6 @@ protected:
         process.setProcessEnvironment(env);
         process.start(QStringLiteral(TALLOWMERE_BINARY_DIR "/tallowmere"), {"--headless", "--record", "on"});
         ASSERT_TRUE(process.waitForStarted());
-    }
-    void TearDown() override
-    {
-        if (process.state() != QProcess::NotRunning) {
-            process.terminate();
-            if (!process.waitForFinished(5000))
-                process.kill();
-            process.waitForFinished();
-        }
     }
     bool stderrContains(const QString& text)
     {

@@ -11,8 +11,6 @@
 namespace tallowmere {
 namespace {
 
-using namespace std::chrono_literals;
-
 // A service over a store in a temporary folder and a monitor whose flows grow by 1000 bytes
 // in each direction per sample on one connection.
 class NetworkMonitoringServiceTest : public ::testing::Test {

@@ -55,10 +55,9 @@ TEST(NetworkFlows, TableSumsConnectionsPerProcessAndAddress)
             return &curl;
         return inode == 7 || inode == 0 ? nullptr : &safari;
     });
-    EXPECT_EQ(table.size(), 3u);
-    EXPECT_EQ(table.at(FlowKey{"Safari.812", "17.253.1.2"}), (ByteCounts{15, 21}));
-    EXPECT_EQ(table.at(FlowKey{"curl.90", "17.253.1.2"}), (ByteCounts{100, 100}));
-    EXPECT_EQ(table.at(FlowKey{"Safari.812", "2606:4700::1"}), (ByteCounts{7, 8}));
+    EXPECT_EQ(table, (FlowTable{{FlowKey{"Safari.812", "17.253.1.2"}, {15, 21}},
+                                {FlowKey{"curl.90", "17.253.1.2"}, {100, 100}},
+                                {FlowKey{"Safari.812", "2606:4700::1"}, {7, 8}}}));
 }
 
 TEST(NetworkFlows, RoundTurnsGrowthIntoPerAppDeltas)

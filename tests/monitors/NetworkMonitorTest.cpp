@@ -26,6 +26,7 @@ struct FakeNetwork {
     std::atomic<int> flowSamples{0};
     std::atomic<int> lookups{0};
     QHash<QString, QString> names;
+    std::vector<std::vector<FlowDelta>> rounds;  // what the monitor reported, on the main thread
 
     NetworkMonitorSources sources()
     {
@@ -39,12 +40,12 @@ struct FakeNetwork {
                     return names.contains(ip) ? std::optional(names.value(ip)) : std::nullopt;
                 }};
     }
-};
 
-void collectDeltas(NetworkMonitor& monitor, std::vector<std::vector<FlowDelta>>& rounds)
-{
-    monitor.setOnFlowDeltas([&rounds](const std::vector<FlowDelta>& deltas, auto) { rounds.push_back(deltas); });
-}
+    void collectDeltas(NetworkMonitor& monitor)
+    {
+        monitor.setOnFlowDeltas([this](const std::vector<FlowDelta>& deltas, auto) { rounds.push_back(deltas); });
+    }
+};
 
 TEST(NetworkMonitorThroughput, BaselineRatesWrapAndHistoryLimit)
 {
@@ -89,8 +90,8 @@ TEST(NetworkMonitorFlows, DeltasFromTheSecondRoundFailedRoundsKeepTheBaselineNam
     FakeNetwork net;
     net.names = {{"17.253.1.2", "apple.example"}};
     NetworkMonitor monitor(net.sources());
-    std::vector<std::vector<FlowDelta>> rounds;
-    collectDeltas(monitor, rounds);
+    net.collectDeltas(monitor);
+    auto& rounds = net.rounds;
     const FlowKey safari{"Safari.812", "17.253.1.2"};
 
     monitor.processFlows({{safari, {100, 100}}}, kAt);
@@ -130,8 +131,8 @@ TEST(NetworkMonitorFlows, LoopSamplesOffTheMainThreadAndARestartTakesANewBaselin
     const FlowKey key{"curl.7", "1.1.1.1"};
     net.flowTables = {{{key, {0, 0}}}, {{key, {10, 1}}}, {{key, {30, 2}}}};
     NetworkMonitor monitor(net.sources());
-    std::vector<std::vector<FlowDelta>> rounds;
-    collectDeltas(monitor, rounds);
+    net.collectDeltas(monitor);
+    auto& rounds = net.rounds;
     monitor.setPerAppInterval(0.02);
     monitor.startPerApp();
     ASSERT_TRUE(test::waitUntil([&] { return rounds.size() >= 2; }));
