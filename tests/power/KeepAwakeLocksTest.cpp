@@ -60,6 +60,10 @@ TEST_F(KeepAwakeLocksTest, EachModeHoldsItsLocksUntilStoppedOrExpired)
 
     service->start();
     EXPECT_TRUE(locksBecome("handle-lid-switch sleep"));
+    service->stop();
+    EXPECT_TRUE(locksBecome(""));
+    service->start();
+    EXPECT_TRUE(locksBecome("handle-lid-switch sleep"));
     service.reset();
     EXPECT_TRUE(locksBecome(""));
 }
