@@ -48,10 +48,7 @@ class UpdateCheck : public ::testing::Test {
 protected:
     std::unique_ptr<UpdateService> service(qint64 runningBuild)
     {
-        UpdateEnvironment environment;
-        environment.feedUrl = server.url(feedPath);
-        environment.runningBuild = runningBuild;
-        return std::make_unique<UpdateService>(std::move(environment));
+        return std::make_unique<UpdateService>(UpdateEnvironment{server.url(feedPath), runningBuild, {}, {}, 0, {}});
     }
     UpdateState check(UpdateService& service, bool userInitiated)
     {
