@@ -4,6 +4,8 @@
 
 #include <QTemporaryDir>
 
+#include <numeric>
+
 #include <gtest/gtest.h>
 
 namespace tallowmere {
@@ -75,10 +77,8 @@ TEST_F(NetworkUsageStoreTest, SeriesHasEveryBucketFromTheAlignedStartThroughNow)
     const auto month = series(kNow - 2592000, 43200);
     ASSERT_EQ(month.size(), 61u);
     EXPECT_EQ(month.front().id % 43200, 0);
-    std::uint64_t sum = 0;
-    for (const UsageBucket& bucket : month)
-        sum += bucket.bytesIn;
-    EXPECT_EQ(sum, 125u);
+    EXPECT_EQ(std::accumulate(month.begin(), month.end(), 0ull, [](auto sum, const UsageBucket& b) { return sum + b.bytesIn; }),
+              125u);
 }
 
 TEST_F(NetworkUsageStoreTest, AppTotalsKeepTwelveBusiestEndpointsButCountAll)

@@ -46,7 +46,7 @@ void appendSocket(std::vector<std::byte>& out, std::uint32_t sequence, int famil
     append(out, SOCK_DIAG_BY_FAMILY, sequence, payload);
 }
 
-TEST(SockDiagRecord, DecodesSocketsAndCountersUntilDone)
+TEST(SockDiagRecord, DecodesSocketsOfThisDumpUntilDoneAndFailsOnErrors)
 {
     std::vector<std::byte> buffer;
     appendSocket(buffer, 7, AF_INET, "17.253.1.2", 4242, sizeof(tcp_info), 1000, 2000);
@@ -66,10 +66,8 @@ TEST(SockDiagRecord, DecodesSocketsAndCountersUntilDone)
     EXPECT_EQ(remoteAddressText(chunk.records[2]), QStringLiteral("2606:4700::1"));
     EXPECT_EQ(chunk.records[2].bytes, (ByteCounts{77, 88}));
     EXPECT_FALSE(chunk.records[3].bytes || chunk.records[4].bytes);
-}
 
-TEST(SockDiagRecord, SkipsOtherDumpsAndFailsOnErrorsOrBrokenLengths)
-{
+    // Other dumps are skipped; errors and broken lengths fail the dump.
     std::vector<std::byte> stale;
     appendSocket(stale, 3, AF_INET, "10.0.0.1", 1, sizeof(tcp_info));
     append(stale, NLMSG_DONE, 3, std::vector<std::byte>(4));
