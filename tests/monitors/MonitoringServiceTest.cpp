@@ -1,10 +1,7 @@
 #include "monitors/CPUMonitoringService.h"
-#include "monitors/DiskMonitoringService.h"
 #include "monitors/MemoryMonitoringService.h"
 
 #include "tests/support/TestSupport.h"
-
-#include <QSignalSpy>
 
 #include <gtest/gtest.h>
 
@@ -45,13 +42,19 @@ TEST(MonitoringService, OneLoopWhateverTheOrderOfFlagChanges)
     ASSERT_NE(loop, nullptr);
     EXPECT_EQ(sources.ticks, 1) << "the first sample is taken at once";
 
-    // Page opened and closed, repeated calls: still the same loop.
+    // Page opened (with its per-process loop) and closed, repeated calls: still the same loop.
     service.setPageActive(true);
     service.updateMonitoring();
     service.updateMonitoring();
+    service.monitor().startProcessMonitoring();
+    const LoopTask* processLoop = service.monitor().processTask();
+    service.monitor().startProcessMonitoring();
+    EXPECT_EQ(service.monitor().processTask(), processLoop);
+    service.monitor().stopProcessMonitoring();
     service.setPageActive(false);
     service.updateMonitoring();
     EXPECT_EQ(service.monitor().monitoringTask(), loop);
+    EXPECT_EQ(service.monitor().processTask(), nullptr);
     EXPECT_EQ(sources.ticks, 1);
 
     // Clearing the last flag cancels in the same call; setting one again starts a new loop.
@@ -62,18 +65,6 @@ TEST(MonitoringService, OneLoopWhateverTheOrderOfFlagChanges)
     service.updateMonitoring();
     EXPECT_NE(service.monitor().monitoringTask(), nullptr);
     EXPECT_EQ(sources.ticks, 2);
-}
-
-TEST(MonitoringService, FlagsNotifyOnlyOnChange)
-{
-    DiskMonitoringService service(std::make_unique<DiskMonitor>(DiskSources{
-        [] { return std::optional<VolumeCapacity>(); }, [] { return std::optional<DiskCounters>(); }, systemNow}));
-    QSignalSpy page(&service, &MonitoringService::pageActiveChanged);
-    service.setPageActive(false);
-    service.setPageActive(true);
-    service.setPageActive(true);
-    EXPECT_EQ(page.count(), 1);
-    EXPECT_TRUE(service.isActive());
 }
 
 TEST(MonitoringService, MemoryRunsItsPerProgramLoopWheneverActive)
@@ -89,19 +80,4 @@ TEST(MonitoringService, MemoryRunsItsPerProgramLoopWheneverActive)
     service.updateMonitoring();
     EXPECT_EQ(service.monitor().monitoringTask(), nullptr);
     EXPECT_EQ(service.monitor().perProcessTask(), nullptr);
-}
-
-TEST(MonitoringService, CPUPageSwitchesTheProcessLoopIndependently)
-{
-    CountingSources sources;
-    CPUMonitoringService service(sources.cpu());
-    service.setMenuBarActive(true);
-    service.updateMonitoring();
-    service.monitor().startProcessMonitoring();
-    const LoopTask* processLoop = service.monitor().processTask();
-    service.monitor().startProcessMonitoring();
-    EXPECT_EQ(service.monitor().processTask(), processLoop);
-    service.monitor().stopProcessMonitoring();
-    EXPECT_EQ(service.monitor().processTask(), nullptr);
-    EXPECT_NE(service.monitor().monitoringTask(), nullptr);
 }
