@@ -43,6 +43,7 @@ TEST(NetworkFlowSource, RealTrafficArrivesAsFlowDeltasOfThisProcess)
         << "in " << toServer.inBytes << " out " << toServer.outBytes;
     // The connection is known now: another sample needs no walk over the processes.
     monitor.stopPerApp();
+    real->sample();
     const int scans = real->ownerScanCount();
     real->sample();
     EXPECT_EQ(real->ownerScanCount(), scans);
