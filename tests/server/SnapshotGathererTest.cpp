@@ -55,7 +55,11 @@ TEST(SnapshotGatherer, CopiesEveryServicesFiguresAndZerosForThoseGone)
         s->setServerActive(true);
         s->updateMonitoring();
     }
-    ASSERT_TRUE(test::waitUntil([&] { return !live->cpu.monitor().history().isEmpty() && !live->disk.monitor().history().isEmpty(); }));
+    // Every rate needs a second sample; the loops start one after the other.
+    ASSERT_TRUE(test::waitUntil([&] {
+        return !live->cpu.monitor().history().isEmpty() && !live->disk.monitor().history().isEmpty()
+            && !live->network.monitor().history().isEmpty();
+    }));
 
     gatherer.cacheSystem();
     const StatsSnapshot s = gatherer.makeSnapshot();
