@@ -32,14 +32,16 @@ struct HeadlessProgram {
         ASSERT_TRUE(process.waitForStarted());
     }
 
+    // Everything read so far is kept: two lines may arrive in one read.
     bool waitForLog(const QString& text)
     {
-        QByteArray seen;
         return test::waitUntil([&] {
             seen += process.readAllStandardError();
             return seen.contains(text.toUtf8());
         }, 10000);
     }
+
+    QByteArray seen;
 };
 
 } // namespace
