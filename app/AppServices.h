@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/settings/AppSettings.h"
-#include "app/settings/PreferencesStore.h"
+#include "core/AppSettings.h"
+#include "core/PreferencesStore.h"
 #include "hardware/CameraMonitoringService.h"
 #include "history/NetworkMonitoringService.h"
 #include "monitors/CPUMonitoringService.h"

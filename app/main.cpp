@@ -4,8 +4,8 @@
 #include "app/HeadlessSeam.h"
 #include "app/SingleInstance.h"
 #include "app/WindowSeam.h"
-#include "app/core/Log.h"
-#include "app/core/SignalQuit.h"
+#include "core/Log.h"
+#include "core/SignalQuit.h"
 #include "server/SnapshotCapture.h"
 #include "update/CheckUpdateCommand.h"
 

@@ -4,7 +4,7 @@
 #include "monitors/NetworkFlows.h"
 #include "monitors/NetworkInterfaceCounters.h"
 
-#include "app/core/UniqueFd.h"
+#include "core/UniqueFd.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "hardware/CameraMonitoringService.h"
 
-#include "app/core/Detached.h"
-#include "app/core/Property.h"
+#include "core/Detached.h"
+#include "core/Property.h"
 #include "hardware/CameraRules.h"
 
 namespace tallowmere {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/core/LoopTask.h"
+#include "core/LoopTask.h"
 #include "hardware/CameraDevice.h"
 #include "hardware/CameraScanner.h"
 

@@ -1,6 +1,6 @@
 #include "hardware/V4L2DeviceLayer.h"
 
-#include "app/core/UniqueFd.h"
+#include "core/UniqueFd.h"
 
 #include <cerrno>
 #include <cstring>

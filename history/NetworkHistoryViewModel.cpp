@@ -1,8 +1,8 @@
 #include "history/NetworkHistoryViewModel.h"
 
-#include "app/core/LoopTask.h"
-#include "app/core/Property.h"
-#include "app/settings/AppSettings.h"
+#include "core/LoopTask.h"
+#include "core/Property.h"
+#include "core/AppSettings.h"
 #include "history/NetworkUsageStore.h"
 #include "monitors/NetworkFormat.h"
 

@@ -1,6 +1,6 @@
 #include "history/NetworkMonitoringService.h"
 
-#include "app/core/Property.h"
+#include "core/Property.h"
 
 #include <QPointer>
 

@@ -1,6 +1,6 @@
 #include "history/NetworkUsageStore.h"
 
-#include "app/core/Log.h"
+#include "core/Log.h"
 #include "history/SerialQueue.h"
 #include "history/SqliteDatabase.h"
 

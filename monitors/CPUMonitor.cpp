@@ -1,7 +1,7 @@
 #include "monitors/CPUMonitor.h"
 
-#include "app/core/Detached.h"
-#include "app/core/Property.h"
+#include "core/Detached.h"
+#include "core/Property.h"
 #include "monitors/ProcFiles.h"
 
 namespace tallowmere {

@@ -1,6 +1,6 @@
 #include "monitors/DiskMonitor.h"
 
-#include "app/core/Property.h"
+#include "core/Property.h"
 #include "monitors/ProcFiles.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "monitors/MemoryMonitor.h"
 
-#include "app/core/ChildProcess.h"
-#include "app/core/Detached.h"
-#include "app/core/Property.h"
+#include "core/ChildProcess.h"
+#include "core/Detached.h"
+#include "core/Property.h"
 #include "monitors/ProcFiles.h"
 
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "monitors/MonitoringService.h"
 
-#include "app/core/Property.h"
+#include "core/Property.h"
 
 namespace tallowmere {
 

@@ -1,7 +1,7 @@
 #include "monitors/NetworkMonitor.h"
 
-#include "app/core/Detached.h"
-#include "app/core/Property.h"
+#include "core/Detached.h"
+#include "core/Property.h"
 #include "monitors/NetworkFlowSource.h"
 #include "monitors/NetworkFlows.h"
 #include "monitors/NetworkInterfaceCounters.h"

@@ -1,6 +1,6 @@
 #include "monitors/ProcFiles.h"
 
-#include "app/core/UniqueFd.h"
+#include "core/UniqueFd.h"
 
 #include <cerrno>
 #include <fcntl.h>

@@ -1,6 +1,6 @@
 #include "monitors/ProcessSnapshot.h"
 
-#include "app/core/UniqueFd.h"
+#include "core/UniqueFd.h"
 #include "monitors/CPUParsers.h"
 #include "monitors/ProcFiles.h"
 #include "monitors/TextScan.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/core/UniqueFd.h"
+#include "core/UniqueFd.h"
 #include "monitors/SockDiagRecord.h"
 
 #include <cstdint>

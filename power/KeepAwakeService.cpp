@@ -1,9 +1,9 @@
 #include "power/KeepAwakeService.h"
 
-#include "app/core/Property.h"
-#include "app/settings/PreferenceKeys.h"
-#include "app/settings/PreferenceReaders.h"
-#include "app/settings/PreferencesStore.h"
+#include "core/Property.h"
+#include "core/PreferenceKeys.h"
+#include "core/PreferenceReaders.h"
+#include "core/PreferencesStore.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/core/UniqueFd.h"
+#include "core/UniqueFd.h"
 #include "power/InhibitorLocks.h"
 #include "power/KeepAwakeClock.h"
 #include "power/KeepAwakeStatus.h"

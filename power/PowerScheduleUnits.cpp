@@ -1,7 +1,7 @@
 #include "power/PowerScheduleUnits.h"
 
-#include "app/core/ChildProcess.h"
-#include "app/core/Log.h"
+#include "core/ChildProcess.h"
+#include "core/Log.h"
 
 #include <QDir>
 #include <QFile>

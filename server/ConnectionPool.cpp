@@ -1,6 +1,6 @@
 #include "server/ConnectionPool.h"
 
-#include "app/core/UniqueFd.h"
+#include "core/UniqueFd.h"
 
 #include <QSocketNotifier>
 

@@ -2,7 +2,7 @@
 
 #include "server/ConnectionPool.h"
 
-#include "app/core/Property.h"
+#include "core/Property.h"
 
 #include <QHostAddress>
 #include <QTcpServer>

@@ -1,6 +1,6 @@
 #include "update/CheckUpdateCommand.h"
 
-#include "app/core/BuildInfo.h"
+#include "core/BuildInfo.h"
 #include "update/UpdateService.h"
 
 #include <QEventLoop>

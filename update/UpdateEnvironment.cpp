@@ -1,6 +1,6 @@
 #include "update/UpdateEnvironment.h"
 
-#include "app/core/BuildInfo.h"
+#include "core/BuildInfo.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "update/UpdateInstaller.h"
 
-#include "app/core/ChildProcess.h"
+#include "core/ChildProcess.h"
 #include "update/InstallScript.h"
 #include "update/UpdateError.h"
 

@@ -1,6 +1,6 @@
 #include "update/UpdateService.h"
 
-#include "app/core/Detached.h"
+#include "core/Detached.h"
 #include "update/AppcastParser.h"
 #include "update/UpdateError.h"
 #include "update/UpdateInstaller.h"

@@ -3,7 +3,7 @@
 #include "tests/hardware/CameraFakeLayer.h"
 #include "tests/support/TestSupport.h"
 
-#include "app/core/UniqueFd.h"
+#include "core/UniqueFd.h"
 
 #include <QDir>
 

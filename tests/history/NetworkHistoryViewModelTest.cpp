@@ -1,7 +1,7 @@
 #include "history/NetworkHistoryViewModel.h"
 
-#include "app/settings/AppSettings.h"
-#include "app/settings/PreferencesStore.h"
+#include "core/AppSettings.h"
+#include "core/PreferencesStore.h"
 #include "tests/history/HistoryTestSupport.h"
 
 #include <QSignalSpy>

@@ -1,6 +1,6 @@
 #include "power/KeepAwakeService.h"
 
-#include "app/settings/PreferencesStore.h"
+#include "core/PreferencesStore.h"
 
 #include "tests/power/KeepAwakeTestSupport.h"
 #include "tests/support/TestSupport.h"

@@ -1,7 +1,7 @@
 #include "power/KeepAwakeService.h"
 
-#include "app/settings/PreferenceKeys.h"
-#include "app/settings/PreferencesStore.h"
+#include "core/PreferenceKeys.h"
+#include "core/PreferencesStore.h"
 
 #include "tests/power/KeepAwakeTestSupport.h"
 #include "tests/support/TestSupport.h"

@@ -1,7 +1,7 @@
 #include "power/PowerScheduleService.h"
 
-#include "app/settings/PreferenceKeys.h"
-#include "app/settings/PreferencesStore.h"
+#include "core/PreferenceKeys.h"
+#include "core/PreferencesStore.h"
 
 #include "tests/support/TestSupport.h"
 

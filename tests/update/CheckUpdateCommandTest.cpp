@@ -1,6 +1,6 @@
 #include "update/CheckUpdateCommand.h"
 
-#include "app/core/BuildInfo.h"
+#include "core/BuildInfo.h"
 #include "tests/support/TestSupport.h"
 #include "tests/update/UpdateTestKit.h"
 #include "update/UpdateError.h"

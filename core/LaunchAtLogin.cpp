@@ -1,4 +1,4 @@
-#include "app/settings/LaunchAtLogin.h"
+#include "core/LaunchAtLogin.h"
 
 #include <QCoreApplication>
 #include <QDir>

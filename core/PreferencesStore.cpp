@@ -1,6 +1,6 @@
-#include "app/settings/PreferencesStore.h"
+#include "core/PreferencesStore.h"
 
-#include "app/core/Log.h"
+#include "core/Log.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
-#include "app/settings/AppSettings.h"
-#include "app/settings/PreferenceKeys.h"
-#include "app/settings/PreferencesStore.h"
+#include "core/AppSettings.h"
+#include "core/PreferenceKeys.h"
+#include "core/PreferencesStore.h"
 
 #include "tests/support/TestSupport.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/settings/PreferencesStore.h"
+#include "core/PreferencesStore.h"
 
 #include <QHash>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "app/settings/PreferenceReaders.h"
+#include "core/PreferenceReaders.h"
 
 #include "tests/support/TestSupport.h"
 

@@ -1,8 +1,8 @@
-#include "app/settings/AppSettings.h"
+#include "core/AppSettings.h"
 
-#include "app/core/Property.h"
-#include "app/settings/PreferenceKeys.h"
-#include "app/settings/PreferenceReaders.h"
+#include "core/Property.h"
+#include "core/PreferenceKeys.h"
+#include "core/PreferenceReaders.h"
 
 namespace tallowmere {
 

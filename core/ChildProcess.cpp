@@ -1,4 +1,4 @@
-#include "app/core/ChildProcess.h"
+#include "core/ChildProcess.h"
 
 #include <QProcess>
 

@@ -1,4 +1,4 @@
-#include "app/core/SignalQuit.h"
+#include "core/SignalQuit.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>

@@ -1,5 +1,5 @@
-#include "app/core/Detached.h"
-#include "app/core/LoopTask.h"
+#include "core/Detached.h"
+#include "core/LoopTask.h"
 
 #include "tests/support/TestSupport.h"
 

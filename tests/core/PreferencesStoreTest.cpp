@@ -1,4 +1,4 @@
-#include "app/settings/PreferencesStore.h"
+#include "core/PreferencesStore.h"
 
 #include "tests/support/TestSupport.h"
 

@@ -1,4 +1,4 @@
-#include "app/core/Detached.h"
+#include "core/Detached.h"
 
 #include <QThread>
 

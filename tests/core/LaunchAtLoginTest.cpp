@@ -1,4 +1,4 @@
-#include "app/settings/LaunchAtLogin.h"
+#include "core/LaunchAtLogin.h"
 
 #include "tests/support/TestSupport.h"
 

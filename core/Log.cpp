@@ -1,4 +1,4 @@
-#include "app/core/Log.h"
+#include "core/Log.h"
 
 #include <QDebug>
 

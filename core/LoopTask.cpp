@@ -1,4 +1,4 @@
-#include "app/core/LoopTask.h"
+#include "core/LoopTask.h"
 
 namespace tallowmere {
 
