@@ -1,9 +1,12 @@
 #include "power/PowerScheduleService.h"
 
+#include "core/ChildProcess.h"
 #include "core/Property.h"
 #include "core/PreferenceKeys.h"
 #include "core/PreferenceReaders.h"
 #include "core/PreferencesStore.h"
+
+#include <QCoreApplication>
 
 #include <algorithm>
 #include <limits>
@@ -21,23 +24,23 @@ int storedHour(const PreferencesStore& store)
 
 } // namespace
 
-PowerScheduleService::PowerScheduleService(PreferencesStore& store, CommandRunner run, QString unitDirectory,
-                                           QObject* parent)
+PowerScheduleService::PowerScheduleService(PreferencesStore& store, WakeTools tools, QObject* parent)
     : QObject(parent)
     , store_(store)
-    , run_(run ? std::move(run) : childProcessRunner())
-    , unitDirectory_(unitDirectory.isEmpty() ? defaultUserUnitDirectory() : std::move(unitDirectory))
+    , tools_(std::move(tools))
     , wakeEnabled_(prefs::flagOr(store, keys::wakeScheduleEnabled, false))
     , wakeHour_(storedHour(store))
     , wakeMinute_(prefs::normalisedQuarterMinute(prefs::integerOr(store, keys::wakeScheduleMinute, 30)))
+    , outcome_(installedWake(tools_, wakeEnabled_, wakeHour_, wakeMinute_))
 {
-    // One thread: commands must reach the service manager in the order they were given.
+    // One thread: requests must reach the service manager in the order they were given.
     commands_.setMaxThreadCount(1);
+    commands_.start([tools = tools_] { removeOldUserTimer(tools); });
 }
 
 PowerScheduleService::~PowerScheduleService()
 {
-    waitForCommands();
+    commands_.waitForDone();
 }
 
 void PowerScheduleService::setWakeEnabled(bool enabled)
@@ -73,14 +76,20 @@ void PowerScheduleService::adjustTime(qint64 byMinutes)
     setWakeMinute(static_cast<int>(t % 60));
 }
 
+void PowerScheduleService::applyAgain()
+{
+    applyPending();
+}
+
 void PowerScheduleService::sleepNow()
 {
-    commands_.start([run = run_] { run(QStringLiteral("systemctl"), {QStringLiteral("suspend")}); });
+    commands_.start([systemctl = tools_.systemctl] { runChild(systemctl, {QStringLiteral("suspend")}); });
 }
 
 void PowerScheduleService::waitForCommands()
 {
     commands_.waitForDone();
+    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
 }
 
 void PowerScheduleService::storeAndApply()
@@ -88,8 +97,33 @@ void PowerScheduleService::storeAndApply()
     store_.setValue(keys::wakeScheduleEnabled, wakeEnabled_);
     store_.setValue(keys::wakeScheduleHour, wakeHour_);
     store_.setValue(keys::wakeScheduleMinute, wakeMinute_);
-    commands_.start([run = run_, dir = unitDirectory_, enabled = wakeEnabled_, hour = wakeHour_,
-                     minute = wakeMinute_] { applyWakeSchedule(dir, enabled, hour, minute, run); });
+    applyPending();
+}
+
+void PowerScheduleService::applyPending()
+{
+    QMutexLocker lock(&pendingMutex_);
+    const bool queued = pending_.has_value();
+    pending_ = Schedule{wakeEnabled_, wakeHour_, wakeMinute_};
+    if (queued)
+        return; // the request already waiting will carry these values
+    commands_.start([this] {
+        const Schedule schedule = [this] {
+            QMutexLocker lock(&pendingMutex_);
+            return *std::exchange(pending_, std::nullopt);
+        }();
+        const WakeOutcome outcome = applyWake(tools_, schedule.enabled, schedule.hour, schedule.minute);
+        QMetaObject::invokeMethod(this, [this, outcome] { publish(outcome); }, Qt::QueuedConnection);
+    });
+}
+
+void PowerScheduleService::publish(const WakeOutcome& outcome)
+{
+    const WakeOutcome before = std::exchange(outcome_, outcome);
+    if (before.installed != outcome.installed)
+        emit wakeInstalledChanged();
+    if (before.problem != outcome.problem)
+        emit wakeProblemChanged();
 }
 
 } // namespace tallowmere

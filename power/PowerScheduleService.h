@@ -1,29 +1,36 @@
 #pragma once
 
-#include "power/PowerScheduleUnits.h"
+#include "power/WakeInstaller.h"
 
+#include <QMutex>
 #include <QObject>
 #include <QThreadPool>
+
+#include <optional>
 
 namespace tallowmere {
 
 class PreferencesStore;
 
 // One daily wake time. Every assignment that passes the clamping rules stores all three
-// values and hands the whole schedule to the service manager again, so the system's wake
-// always mirrors the last values set. The commands run one after another on a worker thread
-// of their own, in the order the assignments were made, so the caller never waits for them.
+// values and hands the schedule to the system again. Installing the wake timer needs an
+// administrator, so it runs on a worker thread of its own, and changes made while polkit asks
+// for the password are folded into one request carrying the latest values. `wakeInstalled`
+// and `wakeProblem` say what the system really holds; the stored schedule never depends on it.
 class PowerScheduleService : public QObject {
     Q_OBJECT
 public:
-    // An empty `unitDirectory` means the user's own; a null `run` means real child processes.
-    explicit PowerScheduleService(PreferencesStore& store, CommandRunner run = {}, QString unitDirectory = {},
+    explicit PowerScheduleService(PreferencesStore& store, WakeTools tools = WakeTools::ofRunningProgram(),
                                   QObject* parent = nullptr);
     ~PowerScheduleService() override;
 
     bool wakeEnabled() const { return wakeEnabled_; }
     int wakeHour() const { return wakeHour_; }
     int wakeMinute() const { return wakeMinute_; }
+    // The system's wake timer is in place (it may be, left over, while the schedule is off).
+    bool wakeInstalled() const { return outcome_.installed; }
+    // Empty when the system mirrors the schedule; otherwise one sentence for the user.
+    const QString& wakeProblem() const { return outcome_.problem; }
 
     void setWakeEnabled(bool enabled);
     // Clamped to 0…23.
@@ -34,30 +41,43 @@ public:
     // Moves the wake time by a signed number of minutes around the clock.
     void adjustTime(qint64 byMinutes);
 
+    // Tries once more to bring the system in line, e.g. after a cancelled password dialog.
+    void applyAgain();
+
     // Suspends the machine now.
     void sleepNow();
 
-    // Blocks until every command handed out so far has run.
+    // Blocks until every command handed out so far has run and its outcome is published.
     void waitForCommands();
-
-    const QString& unitDirectory() const { return unitDirectory_; }
 
 signals:
     void wakeEnabledChanged();
     void wakeHourChanged();
     void wakeMinuteChanged();
+    void wakeInstalledChanged();
+    void wakeProblemChanged();
 
 private:
+    struct Schedule {
+        bool enabled;
+        int hour;
+        int minute;
+    };
+
     void storeAndApply();
+    void applyPending();
+    void publish(const WakeOutcome& outcome);
 
     PreferencesStore& store_;
-    CommandRunner run_;
-    QString unitDirectory_;
+    const WakeTools tools_;
     QThreadPool commands_;
+    QMutex pendingMutex_;
+    std::optional<Schedule> pending_; // the latest schedule not yet taken by the worker
 
     bool wakeEnabled_;
     int wakeHour_;
     int wakeMinute_;
+    WakeOutcome outcome_;
 };
 
 } // namespace tallowmere

@@ -8,7 +8,7 @@ run_packages=(
   cmake ninja-build g++ pkg-config ccache
   qt6-base-dev libgl-dev libegl-dev
   libsqlite3-dev nlohmann-json3-dev libpulse-dev
-  procps unzip dbus hwdata
+  procps unzip dbus hwdata pkexec
 )
 test_packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
