@@ -130,11 +130,11 @@ void KeepAwakeService::setExpiresAt(std::optional<WallTime> expiresAt)
 
 void KeepAwakeService::acquireForMode()
 {
-    acquire(systemLock_, QStringLiteral("sleep"), false);
+    acquire(sleepLock_, QStringLiteral("sleep"), false);
     if (mode_ == KeepAwakeMode::displayOn)
-        acquire(displayLock_, QStringLiteral("idle"), true);
+        acquire(idleLock_, QStringLiteral("idle"), true);
     else if (mode_ == KeepAwakeMode::lidClosed)
-        acquire(lidLock_, QStringLiteral("handle-lid-switch"), false);
+        acquire(lidSwitchLock_, QStringLiteral("handle-lid-switch"), false);
 }
 
 void KeepAwakeService::acquire(HeldLock& lock, const QString& what, bool withScreenSaver)
@@ -150,9 +150,9 @@ void KeepAwakeService::acquire(HeldLock& lock, const QString& what, bool withScr
 
 void KeepAwakeService::releaseAll()
 {
-    release(systemLock_);
-    release(displayLock_);
-    release(lidLock_);
+    release(sleepLock_);
+    release(idleLock_);
+    release(lidSwitchLock_);
 }
 
 void KeepAwakeService::release(HeldLock& lock)

@@ -33,9 +33,9 @@ public:
     KeepAwakeMode mode() const { return mode_; }
     std::optional<QDateTime> expiresAt() const;
     int countdownTick() const { return countdownTick_; }
-    quint32 systemAssertionID() const { return systemLock_.id; }
-    quint32 displayAssertionID() const { return displayLock_.id; }
-    quint32 clamshellConnection() const { return lidLock_.id; }
+    quint32 sleepInhibitorId() const { return sleepLock_.id; }
+    quint32 idleInhibitorId() const { return idleLock_.id; }
+    quint32 lidSwitchInhibitorId() const { return lidSwitchLock_.id; }
 
     // Stored at once; an active session keeps its locks until the next start().
     void setDuration(KeepAwakeDuration duration);
@@ -80,9 +80,9 @@ private:
     KeepAwakeMode mode_;
     std::optional<WallTime> expiresAt_;
     int countdownTick_ = 0;
-    HeldLock systemLock_;
-    HeldLock displayLock_;
-    HeldLock lidLock_;
+    HeldLock sleepLock_;
+    HeldLock idleLock_;
+    HeldLock lidSwitchLock_;
     std::unique_ptr<QObject> expiryTask_;
     std::unique_ptr<QObject> tickTask_;
 };

@@ -42,13 +42,13 @@ TEST_F(KeepAwakeLocksTest, EachModeHoldsItsLocksUntilStoppedOrExpired)
     auto service = startService();
     ASSERT_TRUE(service);
     EXPECT_TRUE(locksBecome("idle sleep"));
-    EXPECT_NE(service->displayAssertionID(), 0u);
+    EXPECT_NE(service->idleInhibitorId(), 0u);
     EXPECT_EQ(bus.screenSaverCalls("Inhibit"), 1);
 
     service->setMode(KeepAwakeMode::displayOff);
     service->start();
     EXPECT_TRUE(locksBecome("sleep"));
-    EXPECT_EQ(service->displayAssertionID(), 0u);
+    EXPECT_EQ(service->idleInhibitorId(), 0u);
     EXPECT_EQ(bus.screenSaverCalls("UnInhibit 4711"), 1);
 
     service->setMode(KeepAwakeMode::lidClosed);
@@ -56,7 +56,7 @@ TEST_F(KeepAwakeLocksTest, EachModeHoldsItsLocksUntilStoppedOrExpired)
     EXPECT_TRUE(locksBecome("handle-lid-switch sleep"));
     clock->advance(30min);
     EXPECT_TRUE(locksBecome(""));
-    EXPECT_EQ(service->clamshellConnection(), 0u);
+    EXPECT_EQ(service->lidSwitchInhibitorId(), 0u);
 
     service->start();
     EXPECT_TRUE(locksBecome("handle-lid-switch sleep"));
@@ -84,7 +84,7 @@ TEST_F(KeepAwakeLocksTest, MissingLoginManagerLeavesItsIdentifiersAtZero)
 {
     const auto service = startService(false);
     ASSERT_TRUE(service);
-    EXPECT_EQ(service->systemAssertionID(), 0u);
-    EXPECT_NE(service->displayAssertionID(), 0u); // the screen saver still answered
+    EXPECT_EQ(service->sleepInhibitorId(), 0u);
+    EXPECT_NE(service->idleInhibitorId(), 0u); // the screen saver still answered
     EXPECT_TRUE(service->isActive());
 }
