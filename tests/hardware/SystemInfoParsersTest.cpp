@@ -11,7 +11,7 @@ using namespace inventory;
 
 TEST(InventoryFirmwareText, NulBytesBlanksAndPlaceholders)
 {
-    EXPECT_EQ(firmwareText(QByteArray("J413AP\0", 7)), QString("J413AP"));
+    EXPECT_EQ(firmwareText(QByteArray("20XWCTO1WW\0", 11)), QString("20XWCTO1WW"));
     EXPECT_EQ(firmwareText(QByteArray("\0 Raspberry Pi 4 Model B Rev 1.4\n\0", 35)),
               QString("Raspberry Pi 4 Model B Rev 1.4"));
     for (const QByteArray& absent : {QByteArray("  \n"), QByteArray("\0\0", 2), QByteArray("To Be Filled By O.E.M.\n"),

@@ -6,7 +6,6 @@
 #include "tests/power/WakeTestSupport.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -15,9 +14,8 @@ using namespace tallowmere;
 
 namespace {
 
-// The service with stand-ins for pkexec and systemctl that log their arguments. The "granting"
-// pkexec runs the real helper on a temporary unit directory; the others answer like pkexec
-// does when the password dialog is dismissed or authorisation fails.
+// The service with stand-ins for pkexec and systemctl that log their arguments; by default
+// pkexec answers as it does when the password dialog is dismissed.
 struct PowerScheduleTest : ::testing::Test {
     QTemporaryDir dir;
     QString prefsPath = dir.path() + QStringLiteral("/preferences.json");
@@ -36,17 +34,18 @@ struct PowerScheduleTest : ::testing::Test {
         tools.systemUnitDirectory = units;
         tools.oldUserUnitDirectory = dir.path() + QStringLiteral("/user-units");
         tools.systemctl = test::writeRecordingSystemctl(dir.path() + QStringLiteral("/systemctl"), log, units);
-        usePkexec("exit 126");
+        writePkexec("exit 126");
     }
-    void usePkexec(const QByteArray& then)
+    // The granting one runs the real helper on the temporary unit directory.
+    void writePkexec(const QByteArray& then)
     {
         tools.pkexec = test::writeScript(dir.path() + QStringLiteral("/pkexec"),
                                          "echo \"pkexec $*\" >> '" + log.toUtf8() + "'\n" + then + '\n');
     }
     void grantingPkexec()
     {
-        usePkexec("helper=$1; shift\nSYSTEMCTL='" + tools.systemctl.toUtf8() + "' exec \"$helper\" --unit-dir '"
-                  + units.toUtf8() + "' \"$@\"");
+        writePkexec("helper=$1; shift\nSYSTEMCTL='" + tools.systemctl.toUtf8() + "' exec \"$helper\" --unit-dir '"
+                    + units.toUtf8() + "' \"$@\"");
     }
     void open()
     {
@@ -60,11 +59,11 @@ struct PowerScheduleTest : ::testing::Test {
         QFile::remove(log);
         return text.replace(tools.helper.toUtf8(), "HELPER");
     }
-    QString time() const { return QString::asprintf("%d:%d", service->wakeHour(), service->wakeMinute()); }
+    QString time() const { return QString::asprintf("%02d:%02d", service->wakeHour(), service->wakeMinute()); }
     QString stored()
     {
         PreferencesStore reread(prefsPath);
-        return QString::asprintf("%d %lld:%lld", reread.readBool(keys::wakeScheduleEnabled).value,
+        return QString::asprintf("%d %02lld:%02lld", reread.readBool(keys::wakeScheduleEnabled).value,
                                  reread.readInteger(keys::wakeScheduleHour).value,
                                  reread.readInteger(keys::wakeScheduleMinute).value);
     }
@@ -90,14 +89,13 @@ TEST_F(PowerScheduleTest, CorrectedValuesAreStoredAndAppliedOnce)
     open();
     service->setWakeEnabled(true);
     take();
-    const std::tuple<bool, int, const char*, const char*> cases[] = {
-        {true, 25, "1 23:30", "23:30"}, {true, -3, "1 0:30", "00:30"}, {false, 44, "1 0:30", "00:30"},
-        {false, 59, "1 0:45", "00:45"}, {false, 7, "1 0:0", "00:00"},  {false, -20, "1 0:0", "00:00"},
+    const std::tuple<bool, int, const char*> cases[] = {
+        {true, 25, "23:30"}, {true, -3, "00:30"}, {false, 44, "00:30"}, {false, 59, "00:45"}, {false, 7, "00:00"},
     };
-    for (const auto& [isHour, value, expected, argument] : cases) {
+    for (const auto& [isHour, value, expected] : cases) {
         isHour ? service->setWakeHour(value) : service->setWakeMinute(value);
-        EXPECT_EQ(take(), "pkexec HELPER install alice " + QByteArray(argument) + '\n') << value;
-        EXPECT_EQ(stored(), QLatin1StringView(expected)) << value;
+        EXPECT_EQ(take(), "pkexec HELPER install alice " + QByteArray(expected) + '\n') << value;
+        EXPECT_EQ(stored(), QStringLiteral("1 ") + QLatin1StringView(expected)) << value;
     }
     // The dismissed password dialog leaves the schedule stored and says the wake is not set.
     EXPECT_FALSE(service->wakeInstalled());
@@ -108,8 +106,8 @@ TEST_F(PowerScheduleTest, AdjustingWrapsAroundMidnight)
 {
     open();
     const std::tuple<int, int, qint64, const char*> cases[] = {
-        {23, 45, 15, "0:0"}, {0, 0, -15, "23:45"}, {7, 30, 720, "19:30"}, {10, 0, -1, "9:45"},
-        {0, 15, -1440 * 3 - 30, "23:45"}, {6, 0, std::numeric_limits<qint64>::max(), "0:0"},
+        {23, 45, 15, "00:00"}, {0, 0, -15, "23:45"}, {7, 30, 720, "19:30"}, {10, 0, -1, "09:45"},
+        {0, 15, -1440 * 3 - 30, "23:45"}, {6, 0, std::numeric_limits<qint64>::max(), "00:00"},
     };
     for (const auto& [hour, minute, delta, expected] : cases) {
         service->setWakeHour(hour);
@@ -149,28 +147,25 @@ TEST_F(PowerScheduleTest, SwitchingOnInstallsTheSystemTimerAndOffRemovesIt)
     EXPECT_EQ(take(), "suspend\n");
 }
 
-TEST_F(PowerScheduleTest, MissingPkexecOrHelperKeepsTheScheduleStored)
+TEST_F(PowerScheduleTest, MissingPkexecOrHelperOrRefusalKeepsTheScheduleStored)
 {
-    const std::pair<QString, QString> missing[] = {
-        {QStringLiteral("pkexec"), QStringLiteral("Administrator rights cannot be asked for: pkexec is not installed.")},
-        {QStringLiteral("helper"), QStringLiteral("The wake helper is not installed.")},
+    const QString missing = dir.path() + QStringLiteral("/missing");
+    const std::tuple<QString*, QString, const char*> cases[] = {
+        {&tools.pkexec, missing, "Administrator rights cannot be asked for: pkexec is not installed."},
+        {&tools.helper, missing, "The wake helper is not installed."},
+        {&tools.pkexec, test::writeScript(dir.path() + QStringLiteral("/refusing"), "exit 127"),
+         "Administrator rights were refused."},
     };
-    for (const auto& [what, problem] : missing) {
+    for (const auto& [tool, replacement, problem] : cases) {
         SetUp();
-        (what == QStringLiteral("pkexec") ? tools.pkexec : tools.helper) = dir.path() + QStringLiteral("/missing");
+        *tool = replacement;
         open();
         service->setWakeEnabled(true);
         take();
-        EXPECT_EQ(stored(), QStringLiteral("1 7:30"));
+        EXPECT_EQ(stored(), QStringLiteral("1 07:30"));
         EXPECT_FALSE(service->wakeInstalled());
-        EXPECT_EQ(service->wakeProblem(), problem);
+        EXPECT_EQ(service->wakeProblem(), QLatin1StringView(problem));
     }
-    SetUp();
-    usePkexec("exit 127");
-    open();
-    service->applyAgain();
-    EXPECT_EQ(take(), "pkexec HELPER install alice 07:30\n");
-    EXPECT_EQ(service->wakeProblem(), QStringLiteral("Administrator rights were refused."));
 }
 
 TEST_F(PowerScheduleTest, TheOldUserTimerIsRemovedAtStart)

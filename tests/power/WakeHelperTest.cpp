@@ -1,5 +1,3 @@
-#include "power/WakeUnits.h"
-
 #include "tests/power/WakeTestSupport.h"
 
 #include <QDir>
@@ -117,10 +115,4 @@ TEST_F(WakeHelperTest, FailuresAreReportedAsFailures)
     EXPECT_EQ(run({"remove", "alice"}), 1);
     QDir(units).removeRecursively();
     EXPECT_EQ(run({"install", "alice", "07:30"}), 1);
-}
-
-TEST(WakeUnits, ClockTimesRoundTrip)
-{
-    for (const char* text : {"00:00", "07:05", "23:59"})
-        EXPECT_EQ(wake::formatClockTime(*wake::parseClockTime(text)), text);
 }
