@@ -22,9 +22,9 @@ struct KeepAwakeLocksTest : ::testing::Test {
     std::shared_ptr<test::ManualClock> clock = std::make_shared<test::ManualClock>();
     test::InhibitBus bus;
 
-    std::unique_ptr<KeepAwakeService> startService(bool loginManager = true)
+    std::unique_ptr<KeepAwakeService> startService()
     {
-        if (!bus.start(loginManager, true))
+        if (!bus.start())
             return nullptr;
         auto service = std::make_unique<KeepAwakeService>(store, bus.connection(), bus.connection(), clock);
         service->start();
@@ -78,13 +78,4 @@ TEST_F(KeepAwakeLocksTest, QuittingTheApplicationLetsGo)
     EXPECT_FALSE(service->isActive());
     EXPECT_EQ(bus.screenSaverCalls("UnInhibit"), 1);
     EXPECT_TRUE(locksBecome(""));
-}
-
-TEST_F(KeepAwakeLocksTest, MissingLoginManagerLeavesItsIdentifiersAtZero)
-{
-    const auto service = startService(false);
-    ASSERT_TRUE(service);
-    EXPECT_EQ(service->sleepInhibitorId(), 0u);
-    EXPECT_NE(service->idleInhibitorId(), 0u); // the screen saver still answered
-    EXPECT_TRUE(service->isActive());
 }

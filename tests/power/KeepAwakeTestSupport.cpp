@@ -44,12 +44,10 @@ InhibitBus::~InhibitBus()
     }
 }
 
-bool InhibitBus::start(bool loginManager, bool screenSaver)
+bool InhibitBus::start()
 {
-    if (!bus_.isUp() || (loginManager && !bus_.startTemplate(QStringLiteral("logind"), QStringLiteral("org.freedesktop.login1"))))
+    if (!bus_.isUp() || !bus_.startTemplate(QStringLiteral("logind"), QStringLiteral("org.freedesktop.login1")))
         return false;
-    if (!screenSaver)
-        return true;
     // No template speaks the freedesktop screen saver interface: a bare mock object gets its
     // two methods, and logs each call on its standard output.
     const QString name = QStringLiteral("org.freedesktop.ScreenSaver");

@@ -35,7 +35,7 @@ inline QDBusConnection missingBus() { return QDBusConnection(QStringLiteral("tal
 class InhibitBus {
 public:
     ~InhibitBus();
-    bool start(bool loginManager, bool screenSaver);
+    bool start();
     QDBusConnection connection() const { return bus_.connection(QStringLiteral("keepawake")); }
     // The "what" of each lock the login manager holds for us, sorted.
     QStringList heldLocks() const;
