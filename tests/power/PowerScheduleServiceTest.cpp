@@ -147,6 +147,19 @@ TEST_F(PowerScheduleTest, SwitchingOnInstallsTheSystemTimerAndOffRemovesIt)
     EXPECT_EQ(take(), "suspend\n");
 }
 
+TEST_F(PowerScheduleTest, ChangesDuringThePasswordDialogBecomeOneRequest)
+{
+    const QString answer = dir.path() + QStringLiteral("/answer");
+    writePkexec("while [ ! -e '" + answer.toUtf8() + "' ]; do sleep 0.02; done\nexit 126");
+    open();
+    service->setWakeEnabled(true);
+    ASSERT_TRUE(test::waitUntil([&] { return !test::readFile(log).isEmpty(); })); // the dialog is open
+    for (int step = 0; step < 4; ++step)
+        service->adjustTime(15);
+    test::writeFile(dir.path(), QStringLiteral("answer"), {});
+    EXPECT_EQ(take(), "pkexec HELPER install alice 07:30\npkexec HELPER install alice 08:30\n");
+}
+
 TEST_F(PowerScheduleTest, MissingPkexecOrHelperOrRefusalKeepsTheScheduleStored)
 {
     const QString missing = dir.path() + QStringLiteral("/missing");
