@@ -5,6 +5,7 @@
 #include "power/WakeUnits.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -36,7 +37,8 @@ QString defaultHelper()
     const QString beside = dir + QStringLiteral("/tallowmere-wake-helper");
     if (QFileInfo(beside).isExecutable())
         return beside;
-    return QFileInfo(dir + QStringLiteral("/../libexec/tallowmere/tallowmere-wake-helper")).absoluteFilePath();
+    // Clean, because pkexec matches the polkit action by the exact path it is given.
+    return QDir::cleanPath(dir + QStringLiteral("/../libexec/tallowmere/tallowmere-wake-helper"));
 }
 
 bool installedAsScheduled(const WakeTools& tools, int hour, int minute)
