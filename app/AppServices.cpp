@@ -33,7 +33,9 @@ AppServices::AppServices(Options options, QObject* parent)
                                                            QDBusConnection::sessionBus()))
     , networkService_(std::make_unique<NetworkMonitoringService>())
     , cameraService_(std::make_unique<CameraMonitoringService>())
-    , statsServer_(std::make_unique<StatsServer>(options_.serverPort))
+    , snapshotGatherer_(std::make_unique<SnapshotGatherer>())
+    , statsServer_(std::make_unique<StatsServer>(options_.serverPort,
+                                                 [g = snapshotGatherer_.get()] { return g->makeSnapshot(); }))
     , updateService_(std::make_unique<UpdateService>(UpdateEnvironment::ofRunningProgram()))
 {
 }
@@ -87,7 +89,7 @@ void AppServices::launch(AppDelegate& delegate)
     };
 
     applyMenuBarEnabled(effectiveMenuBarEnabled());
-    statsServer_->setServices({cpuService_.get(), memoryService_.get(), diskService_.get(), networkService_.get()});
+    snapshotGatherer_->setServices({cpuService_.get(), memoryService_.get(), diskService_.get(), networkService_.get()});
     applyLocalServerEnabled(effectiveLocalServerEnabled());
     applyNetworkRecordingEnabled(effectiveNetworkRecordingEnabled());
     updateService_->checkForUpdates(false);
@@ -118,10 +120,12 @@ void AppServices::applyLocalServerEnabled(bool enabled)
         service->setServerActive(enabled);
         service->updateMonitoring();
     }
-    if (enabled)
+    if (enabled) {
+        snapshotGatherer_->cacheSystem(); // once; every later snapshot reuses it
         statsServer_->start();
-    else
+    } else {
         statsServer_->stop();
+    }
 }
 
 void AppServices::applyNetworkRecordingEnabled(bool enabled)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/SnapshotGatherer.h"
 #include "core/AppSettings.h"
 #include "core/PreferencesStore.h"
 #include "hardware/CameraMonitoringService.h"
@@ -82,6 +83,8 @@ public:
     CameraMonitoringService& cameraService() { return *cameraService_; }
     StatsServer& statsServer() { return *statsServer_; }
     UpdateService& updateService() { return *updateService_; }
+    // What the server's documents are built from (not a service of its own).
+    SnapshotGatherer& snapshotGatherer() { return *snapshotGatherer_; }
 
 private:
     // The services whose loops follow the menu-bar and server switches, in the order they
@@ -102,6 +105,7 @@ private:
     std::unique_ptr<KeepAwakeService> keepAwakeService_;
     std::unique_ptr<NetworkMonitoringService> networkService_;
     std::unique_ptr<CameraMonitoringService> cameraService_;
+    std::unique_ptr<SnapshotGatherer> snapshotGatherer_;
     std::unique_ptr<StatsServer> statsServer_;
     std::unique_ptr<UpdateService> updateService_;
 };

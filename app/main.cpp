@@ -6,7 +6,7 @@
 #include "app/WindowSeam.h"
 #include "core/Log.h"
 #include "core/SignalQuit.h"
-#include "server/SnapshotCapture.h"
+#include "app/SnapshotCapture.h"
 #include "update/CheckUpdateCommand.h"
 
 #include <QApplication>
@@ -77,8 +77,10 @@ int runSnapshot(int argc, char** argv)
     QCoreApplication app(argc, argv);
     // The container is built but not launched: nothing but the snapshot's own sampling runs.
     AppServices services;
-    const QByteArray document = captureSnapshot(
+    SnapshotGatherer& gatherer = services.snapshotGatherer();
+    gatherer.setServices(
         {&services.cpuService(), &services.memoryService(), &services.diskService(), &services.networkService()});
+    const QByteArray document = captureSnapshot(gatherer);
     std::fwrite(document.constData(), 1, static_cast<size_t>(document.size()), stdout);
     std::fputc('\n', stdout);
     return 0;
