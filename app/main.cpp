@@ -33,23 +33,23 @@ bool hasDisplay()
         || qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
 }
 
-AppServices::Options servicesOptions(const RunOptions& run)
+AppEnvironment servicesEnvironment(const RunOptions& run)
 {
-    AppServices::Options options;
-    options.localServerOverride = run.server;
-    options.recordingOverride = run.record;
+    AppEnvironment environment = AppEnvironment::forThisMachine();
+    environment.localServerOverride = run.server;
+    environment.recordingOverride = run.record;
     if (run.port)
-        options.serverPort = *run.port;
-    return options;
+        environment.serverPort = *run.port;
+    return environment;
 }
 
 int runHeadless(int argc, char** argv, const RunOptions& run)
 {
     QCoreApplication app(argc, argv);
     SignalQuit signalQuit;
-    AppServices::Options options = servicesOptions(run);
-    options.hasMenuBar = false;
-    AppServices::setSharedOptions(options);
+    AppEnvironment environment = servicesEnvironment(run);
+    environment.hasMenuBar = false;
+    AppServices::setSharedEnvironment(environment);
     int result = 0;
     {
         HeadlessSeam seam;
@@ -76,7 +76,7 @@ int runSnapshot(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     // The container is built but not launched: nothing but the snapshot's own sampling runs.
-    AppServices services;
+    AppServices services(AppEnvironment::forThisMachine());
     SnapshotGatherer& gatherer = services.snapshotGatherer();
     gatherer.setServices(
         {&services.cpuService(), &services.memoryService(), &services.diskService(), &services.networkService()});
@@ -110,7 +110,7 @@ int runWithWindow(int argc, char** argv, const RunOptions& run)
         logWarning(QStringLiteral("cannot watch for a second start (%1); carrying on").arg(listenError));
 
     SignalQuit signalQuit;
-    AppServices::setSharedOptions(servicesOptions(run));
+    AppServices::setSharedEnvironment(servicesEnvironment(run));
     int result = 0;
     {
         AppDelegate* delegatePointer = nullptr;

@@ -2,8 +2,10 @@
 #include "app/AppServices.h"
 #include "app/ForegroundSeam.h"
 
+#include "tests/support/PrivateBus.h"
 #include "tests/support/TestSupport.h"
 
+#include <QDBusMessage>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
@@ -30,16 +32,40 @@ public:
     std::vector<bool> modes;
 };
 
-struct Launched {
+// The container in surroundings of its own: private system and session buses, empty file
+// system roots, no update feed, and a server port the system chooses.
+struct PrivateEnvironment {
+    QTemporaryDir dir;
+    test::PrivateBus systemBus;
+    test::PrivateBus sessionBus;
+    AppEnvironment environment;
+
+    PrivateEnvironment()
+    {
+        EXPECT_TRUE(systemBus.isUp() && sessionBus.isUp());
+        environment.systemBus = systemBus.connection(QStringLiteral("system"));
+        environment.sessionBus = sessionBus.connection(QStringLiteral("session"));
+        environment.serverPort = 0;
+        environment.roots.sys = dir.filePath(QStringLiteral("sys"));
+        environment.roots.config = dir.filePath(QStringLiteral("config"));
+        environment.roots.data = dir.filePath(QStringLiteral("data"));
+    }
+    ~PrivateEnvironment()
+    {
+        QDBusConnection::disconnectFromBus(QStringLiteral("system"));
+        QDBusConnection::disconnectFromBus(QStringLiteral("session"));
+    }
+};
+
+struct Launched : PrivateEnvironment {
     explicit Launched(std::function<void(AppSettings&)> configure = {})
     {
-        options.preferencesPath = dir.filePath(QStringLiteral("preferences.json"));
         if (configure) {
-            PreferencesStore store(options.preferencesPath);
+            PreferencesStore store(environment.preferencesPath());
             AppSettings settings(store);
             configure(settings);
         }
-        services = std::make_unique<AppServices>(options);
+        services = std::make_unique<AppServices>(environment);
         delegate = std::make_unique<AppDelegate>(seam, [this]() -> AppServices& { return *services; });
         QSignalSpy launched(delegate.get(), &AppDelegate::launched);
         delegate->applicationDidFinishLaunching();
@@ -54,8 +80,6 @@ struct Launched {
         QCoreApplication::processEvents();
     }
 
-    QTemporaryDir dir;
-    AppServices::Options options;
     RecordingSeam seam;
     std::unique_ptr<AppServices> services;
     std::unique_ptr<AppDelegate> delegate;
@@ -118,9 +142,13 @@ TEST(AppLifecycle, SecondLaunchCreatesNoSecondWindowAndAppliesNothing)
     EXPECT_EQ(app.services->cpuService().monitor().monitoringTask(), loop);
 }
 
-TEST(AppLifecycle, ServerSwitchAloneSamplesEveryMonitorAndStopsThemAgain)
+TEST(AppLifecycle, ServerSwitchAloneSamplesEveryMonitorAndServesFromThePrivateSurroundings)
 {
     Launched app;
+    ASSERT_TRUE(app.systemBus.startTemplate(QStringLiteral("upower"), QStringLiteral("org.freedesktop.UPower")));
+    app.systemBus.callMock(QStringLiteral("org.freedesktop.UPower"), QStringLiteral("/org/freedesktop/UPower"),
+                           QStringLiteral("AddDischargingBattery"),
+                           {QStringLiteral("mock_BAT"), QStringLiteral("Mock"), 42.0, qlonglong(600)});
     AppServices& services = *app.services;
     services.settings().setLocalServerEnabled(true);
     EXPECT_TRUE(services.cpuService().serverActive());
@@ -130,7 +158,14 @@ TEST(AppLifecycle, ServerSwitchAloneSamplesEveryMonitorAndStopsThemAgain)
     EXPECT_NE(services.memoryService().monitor().perProcessTask(), nullptr);
     EXPECT_NE(services.diskService().monitor().monitoringTask(), nullptr);
 
+    ASSERT_TRUE(services.statsServer().isRunning());
+    EXPECT_NE(services.statsServer().listeningPort(), StatsServer::defaultPort);
+    EXPECT_TRUE(services.snapshotGatherer().hasCachedSystem());
+    EXPECT_EQ(services.snapshotGatherer().makeSnapshot().battery.percentage, 42) << "read on the private bus";
+    EXPECT_TRUE(QFile::exists(app.environment.preferencesPath()));
+
     services.settings().setLocalServerEnabled(false);
+    EXPECT_FALSE(services.statsServer().isRunning());
     EXPECT_EQ(services.cpuService().monitor().monitoringTask(), nullptr);
     EXPECT_EQ(services.memoryService().monitor().perProcessTask(), nullptr);
     EXPECT_EQ(services.diskService().monitor().monitoringTask(), nullptr);
@@ -138,16 +173,15 @@ TEST(AppLifecycle, ServerSwitchAloneSamplesEveryMonitorAndStopsThemAgain)
 
 TEST(AppLifecycle, HeadlessOverridesDoNotTouchThePreferences)
 {
-    QTemporaryDir dir;
-    AppServices::Options options;
-    options.preferencesPath = dir.filePath(QStringLiteral("preferences.json"));
-    options.localServerOverride = true;
-    options.hasMenuBar = false;
+    PrivateEnvironment surroundings;
+    AppEnvironment& environment = surroundings.environment;
+    environment.localServerOverride = true;
+    environment.hasMenuBar = false;
     {
-        PreferencesStore store(options.preferencesPath);
+        PreferencesStore store(environment.preferencesPath());
         AppSettings(store).setMenuBarEnabled(true);
     }
-    AppServices services(options);
+    AppServices services(environment);
     RecordingSeam seam;
     AppDelegate delegate(seam, [&]() -> AppServices& { return services; });
     services.launch(delegate);
@@ -155,6 +189,6 @@ TEST(AppLifecycle, HeadlessOverridesDoNotTouchThePreferences)
     EXPECT_FALSE(services.cpuService().menuBarActive()) << "no tray to sample for";
     EXPECT_TRUE(services.cpuService().serverActive());
     EXPECT_FALSE(services.settings().localServerEnabled());
-    PreferencesStore reread(options.preferencesPath);
+    PreferencesStore reread(environment.preferencesPath());
     EXPECT_EQ(reread.readBool(QStringLiteral("localServerEnabled")).status, ReadStatus::missing);
 }
