@@ -14,6 +14,7 @@
 #include <QTextStream>
 
 #include <cstdio>
+#include <optional>
 
 using namespace tallowmere;
 
@@ -43,9 +44,34 @@ AppEnvironment servicesEnvironment(const RunOptions& run)
     return environment;
 }
 
+// Claims the one running copy for this user. Returns the exit status when this start must end
+// here: a windowed start hands the running copy a reopen, a headless one refuses to run twice.
+std::optional<int> claimInstance(SingleInstance& instance, bool windowed)
+{
+    QString error;
+    switch (instance.claim(&error)) {
+    case SingleInstance::Claim::ours:
+        return std::nullopt;
+    case SingleInstance::Claim::unavailable:
+        logWarning(QStringLiteral("cannot make sure this is the only running copy (%1); carrying on").arg(error));
+        return std::nullopt;
+    case SingleInstance::Claim::anotherRuns:
+        break;
+    }
+    if (windowed && instance.handOverReopen()) {
+        logInfo(QStringLiteral("already running; asked the running copy to show its window"));
+        return 0;
+    }
+    logWarning(QStringLiteral("another copy is already running for this user; this one exits"));
+    return 1;
+}
+
 int runHeadless(int argc, char** argv, const RunOptions& run)
 {
     QCoreApplication app(argc, argv);
+    SingleInstance instance;
+    if (const std::optional<int> status = claimInstance(instance, false))
+        return *status;
     SignalQuit signalQuit;
     AppEnvironment environment = servicesEnvironment(run);
     environment.hasMenuBar = false;
@@ -101,13 +127,8 @@ int runWithWindow(int argc, char** argv, const RunOptions& run)
     QApplication::setApplicationDisplayName(QStringLiteral("Tallowmere"));
 
     SingleInstance instance;
-    if (instance.handOverToRunningInstance()) {
-        logInfo(QStringLiteral("already running; asked the running copy to show its window"));
-        return 0;
-    }
-    QString listenError;
-    if (!instance.listen(&listenError))
-        logWarning(QStringLiteral("cannot watch for a second start (%1); carrying on").arg(listenError));
+    if (const std::optional<int> status = claimInstance(instance, true))
+        return *status;
 
     SignalQuit signalQuit;
     AppServices::setSharedEnvironment(servicesEnvironment(run));

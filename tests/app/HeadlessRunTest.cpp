@@ -11,18 +11,21 @@ using namespace tallowmere;
 
 namespace {
 
-// The real program, started headless with its own empty configuration and data folders.
+// The real program with its own empty configuration, data and runtime folders; programs
+// given the same home count as the same user's.
 struct HeadlessProgram {
-    QTemporaryDir home;
+    std::shared_ptr<QTemporaryDir> home = std::make_shared<QTemporaryDir>();
     QProcess process;
 
     void start(const QStringList& arguments, bool withDisplay = true)
     {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
-        env.insert(QStringLiteral("XDG_DATA_HOME"), home.filePath(QStringLiteral("data")));
-        env.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.path());
-        if (!withDisplay) {
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), home->filePath(QStringLiteral("config")));
+        env.insert(QStringLiteral("XDG_DATA_HOME"), home->filePath(QStringLiteral("data")));
+        env.insert(QStringLiteral("XDG_RUNTIME_DIR"), home->path());
+        if (withDisplay) {
+            env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        } else {
             env.remove(QStringLiteral("DISPLAY"));
             env.remove(QStringLiteral("WAYLAND_DISPLAY"));
             env.remove(QStringLiteral("QT_QPA_PLATFORM"));
@@ -56,7 +59,7 @@ TEST(HeadlessRun, OverridesAreReportedAndSigtermEndsCleanly)
     EXPECT_EQ(program.process.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(program.process.exitCode(), 0);
     // Overrides are for this run only.
-    EXPECT_FALSE(QFile::exists(program.home.filePath(QStringLiteral("config/Tallowmere/preferences.json"))));
+    EXPECT_FALSE(QFile::exists(program.home->filePath(QStringLiteral("config/Tallowmere/preferences.json"))));
 }
 
 TEST(HeadlessRun, NoDisplayFallsBackToHeadlessAndSigintEndsIt)
@@ -68,6 +71,33 @@ TEST(HeadlessRun, NoDisplayFallsBackToHeadlessAndSigintEndsIt)
     ::kill(static_cast<pid_t>(program.process.processId()), SIGINT);
     ASSERT_TRUE(program.process.waitForFinished(5000));
     EXPECT_EQ(program.process.exitCode(), 0);
+}
+
+TEST(HeadlessRun, OneCopyPerUserHeadlessOrWindowed)
+{
+    HeadlessProgram first;
+    first.start({"--headless", "--server", "off", "--record", "off"});
+    ASSERT_TRUE(first.waitForLog("running headless"));
+
+    HeadlessProgram second;
+    second.home = first.home;
+    second.start({"--headless", "--server", "off", "--record", "off"});
+    ASSERT_TRUE(second.process.waitForFinished(10000));
+    EXPECT_EQ(second.process.exitCode(), 1);
+    EXPECT_TRUE(second.process.readAllStandardError().contains("another copy is already running"));
+
+    // A windowed start hands its reopen to the running copy instead.
+    HeadlessProgram windowed;
+    windowed.home = first.home;
+    windowed.start({});
+    ASSERT_TRUE(windowed.process.waitForFinished(10000));
+    EXPECT_EQ(windowed.process.exitCode(), 0);
+    EXPECT_TRUE(windowed.process.readAllStandardError().contains("asked the running copy"));
+
+    EXPECT_EQ(first.process.state(), QProcess::Running);
+    ::kill(static_cast<pid_t>(first.process.processId()), SIGTERM);
+    ASSERT_TRUE(first.process.waitForFinished(5000));
+    EXPECT_EQ(first.process.exitCode(), 0);
 }
 
 TEST(HeadlessRun, HelpAndBadArguments)
