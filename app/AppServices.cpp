@@ -1,6 +1,6 @@
 #include "app/AppServices.h"
 
-#include "app/AppDelegate.h"
+#include "app/AppLifecycle.h"
 #include "app/ForegroundSeam.h"
 #include "hardware/SystemInfo.h"
 #include "power/BatteryInfo.h"
@@ -124,16 +124,16 @@ bool AppServices::effectiveNetworkRecordingEnabled() const
     return environment_.recordingOverride.value_or(settings_->networkRecordingEnabled());
 }
 
-void AppServices::launch(AppDelegate& delegate)
+void AppServices::launch(AppLifecycle& lifecycle)
 {
     if (launched_)
         return;
     launched_ = true;
 
-    delegate.seam().createMainWindow(*this);
+    lifecycle.seam().createMainWindow(*this);
 
     AppSettings* settings = settings_.get();
-    delegate.shouldStayAlive = [settings] {
+    lifecycle.shouldStayAlive = [settings] {
         return settings->menuBarEnabled() || settings->networkRecordingEnabled() || settings->localServerEnabled();
     };
 

@@ -24,7 +24,7 @@
 
 namespace tallowmere {
 
-class AppDelegate;
+class AppLifecycle;
 
 // Creates every service exactly once, in a fixed order, hands each what it needs, and applies
 // the three switches at launch and whenever they change. Nothing else creates a service.
@@ -42,7 +42,7 @@ public:
     static void destroyShared();
 
     // Start-up wiring; a second call does nothing.
-    void launch(AppDelegate& delegate);
+    void launch(AppLifecycle& lifecycle);
     bool hasLaunched() const { return launched_; }
 
     void applyMenuBarEnabled(bool enabled);

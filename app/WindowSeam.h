@@ -2,6 +2,8 @@
 
 #include "app/ForegroundSeam.h"
 
+#include <QWidget>
+
 #include <functional>
 #include <memory>
 
@@ -25,6 +27,7 @@ public:
     void terminate() override;
 
     bool isForeground() const { return foreground_; }
+    QWidget* mainWindow() const;
 
 private:
     std::function<void()> onWindowClosed_;

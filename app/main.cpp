@@ -1,4 +1,4 @@
-#include "app/AppDelegate.h"
+#include "app/AppLifecycle.h"
 #include "app/AppServices.h"
 #include "app/CommandLine.h"
 #include "app/HeadlessSeam.h"
@@ -79,8 +79,8 @@ int runHeadless(int argc, char** argv, const RunOptions& run)
     int result = 0;
     {
         HeadlessSeam seam;
-        AppDelegate delegate(seam);
-        QObject::connect(&delegate, &AppDelegate::launched, [] {
+        AppLifecycle lifecycle(seam);
+        QObject::connect(&lifecycle, &AppLifecycle::launched, [] {
             AppServices& services = AppServices::shared();
             if (services.effectiveLocalServerEnabled() && !services.statsServer().isRunning())
                 logWarning(QStringLiteral("the statistics server did not start: %1")
@@ -91,7 +91,7 @@ int runHeadless(int argc, char** argv, const RunOptions& run)
                                  : QStringLiteral("off"),
                              services.effectiveNetworkRecordingEnabled() ? QStringLiteral("on") : QStringLiteral("off")));
         });
-        delegate.applicationDidFinishLaunching();
+        lifecycle.onLaunchFinished();
         result = app.exec();
     }
     AppServices::destroyShared();
@@ -122,7 +122,7 @@ int runCheckUpdate(int argc, char** argv)
 int runWithWindow(int argc, char** argv, const RunOptions& run)
 {
     QApplication app(argc, argv);
-    // The lifecycle decides what closing the last window means (see AppDelegate).
+    // The lifecycle decides what closing the last window means (see AppLifecycle).
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setApplicationDisplayName(QStringLiteral("Tallowmere"));
 
@@ -134,16 +134,15 @@ int runWithWindow(int argc, char** argv, const RunOptions& run)
     AppServices::setSharedEnvironment(servicesEnvironment(run));
     int result = 0;
     {
-        AppDelegate* delegatePointer = nullptr;
-        WindowSeam seam([&delegatePointer] {
-            if (delegatePointer)
-                delegatePointer->windowWillClose();
+        AppLifecycle* lifecyclePointer = nullptr;
+        WindowSeam seam([&lifecyclePointer] {
+            if (lifecyclePointer)
+                lifecyclePointer->onWindowClosed();
         });
-        AppDelegate delegate(seam);
-        delegatePointer = &delegate;
-        QObject::connect(&instance, &SingleInstance::reopenRequested, &delegate,
-                         [&] { delegate.applicationShouldHandleReopen(seam.hasVisibleWindow()); });
-        delegate.applicationDidFinishLaunching();
+        AppLifecycle lifecycle(seam);
+        lifecyclePointer = &lifecycle;
+        QObject::connect(&instance, &SingleInstance::reopenRequested, &lifecycle, &AppLifecycle::onReopen);
+        lifecycle.onLaunchFinished();
         result = app.exec();
     }
     AppServices::destroyShared();

@@ -1,6 +1,8 @@
-#include "app/AppDelegate.h"
+#include "app/AppLifecycle.h"
 #include "app/AppServices.h"
 #include "app/ForegroundSeam.h"
+#include "app/SingleInstance.h"
+#include "app/WindowSeam.h"
 
 #include "tests/support/PrivateBus.h"
 #include "tests/support/TestSupport.h"
@@ -10,6 +12,8 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <thread>
 
 using namespace tallowmere;
 
@@ -66,9 +70,9 @@ struct Launched : PrivateEnvironment {
             configure(settings);
         }
         services = std::make_unique<AppServices>(environment);
-        delegate = std::make_unique<AppDelegate>(seam, [this]() -> AppServices& { return *services; });
-        QSignalSpy launched(delegate.get(), &AppDelegate::launched);
-        delegate->applicationDidFinishLaunching();
+        lifecycle = std::make_unique<AppLifecycle>(seam, [this]() -> AppServices& { return *services; });
+        QSignalSpy launched(lifecycle.get(), &AppLifecycle::launched);
+        lifecycle->onLaunchFinished();
         EXPECT_EQ(seam.windowsCreated, 0) << "the launch task is queued, not run inline";
         EXPECT_TRUE(launched.wait(2000));
     }
@@ -76,13 +80,13 @@ struct Launched : PrivateEnvironment {
     void closeWindow()
     {
         seam.visible = false;
-        delegate->windowWillClose();
+        lifecycle->onWindowClosed();
         QCoreApplication::processEvents();
     }
 
     RecordingSeam seam;
     std::unique_ptr<AppServices> services;
-    std::unique_ptr<AppDelegate> delegate;
+    std::unique_ptr<AppLifecycle> lifecycle;
 };
 
 
@@ -97,13 +101,13 @@ TEST(AppLifecycle, FreshAccountShowsTheWindowAndSamplesNothing)
     EXPECT_EQ(app.services->cpuService().monitor().monitoringTask(), nullptr);
     EXPECT_EQ(app.services->memoryService().monitor().perProcessTask(), nullptr);
     // Recording is on by default, so closing the window keeps the process in the background.
-    EXPECT_TRUE(app.delegate->shouldStayAlive());
+    EXPECT_TRUE(app.lifecycle->shouldStayAlive());
 }
 
 TEST(AppLifecycle, AllSwitchesOffClosingTheWindowEndsTheProcess)
 {
     Launched app([](AppSettings& settings) { settings.setNetworkRecordingEnabled(false); });
-    EXPECT_TRUE(app.delegate->applicationShouldTerminateAfterLastWindowClosed());
+    EXPECT_TRUE(app.lifecycle->quitsWhenLastWindowCloses());
     app.closeWindow();
     EXPECT_EQ(app.seam.terminations, 1);
     EXPECT_EQ(app.seam.modes, std::vector<bool>{true});
@@ -120,14 +124,48 @@ TEST(AppLifecycle, OneSwitchOnKeepsRunningInTheBackgroundAndReopenShowsTheWindow
     EXPECT_EQ(app.seam.terminations, 0);
     EXPECT_EQ(app.seam.modes, (std::vector<bool>{true, false}));
 
-    EXPECT_TRUE(app.delegate->applicationShouldHandleReopen(false));
+    app.lifecycle->onReopen();
     EXPECT_EQ(app.seam.shows, 2);
     EXPECT_EQ(app.seam.modes, (std::vector<bool>{true, false, true}));
 
-    // A reopen while a window is visible changes nothing.
-    EXPECT_TRUE(app.delegate->applicationShouldHandleReopen(true));
-    EXPECT_EQ(app.seam.shows, 2);
+    // A reopen while the window is up brings it forward again without a change of mode.
+    app.lifecycle->onReopen();
+    EXPECT_EQ(app.seam.shows, 3);
     EXPECT_EQ(app.seam.modes.size(), 3u);
+}
+
+TEST(AppLifecycle, SecondStartBringsABuriedOrMinimizedWindowToTheFront)
+{
+    PrivateEnvironment surroundings;
+    AppServices services(surroundings.environment);
+    WindowSeam seam({});
+    AppLifecycle lifecycle(seam, [&]() -> AppServices& { return services; });
+    QSignalSpy launched(&lifecycle, &AppLifecycle::launched);
+    lifecycle.onLaunchFinished();
+    ASSERT_TRUE(launched.wait(2000));
+    QWidget* window = seam.mainWindow();
+    ASSERT_TRUE(window && window->isVisible());
+
+    const QString name = surroundings.dir.filePath(QStringLiteral("instance.socket"));
+    SingleInstance running(name);
+    ASSERT_EQ(running.claim(), SingleInstance::Claim::ours);
+    QObject::connect(&running, &SingleInstance::reopenRequested, &lifecycle, &AppLifecycle::onReopen);
+    const auto secondStart = [&] {
+        std::thread start([&] { SingleInstance(name).handOverReopen(); });
+        const bool active = test::waitUntil([&] { return window->isActiveWindow() && !window->isMinimized(); });
+        start.join();
+        return active;
+    };
+
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(test::waitUntil([&] { return other.isActiveWindow(); }));
+    EXPECT_TRUE(secondStart()) << "visible but buried";
+
+    window->showMinimized();
+    ASSERT_TRUE(test::waitUntil([&] { return window->isMinimized(); }));
+    EXPECT_TRUE(secondStart()) << "minimized";
 }
 
 TEST(AppLifecycle, SecondLaunchCreatesNoSecondWindowAndAppliesNothing)
@@ -137,7 +175,7 @@ TEST(AppLifecycle, SecondLaunchCreatesNoSecondWindowAndAppliesNothing)
     app.services->settings().setMenuBarEnabled(true);
     const LoopTask* loop = app.services->cpuService().monitor().monitoringTask();
     ASSERT_NE(loop, before);
-    app.services->launch(*app.delegate);
+    app.services->launch(*app.lifecycle);
     EXPECT_EQ(app.seam.windowsCreated, 1);
     EXPECT_EQ(app.services->cpuService().monitor().monitoringTask(), loop);
 }
@@ -183,8 +221,8 @@ TEST(AppLifecycle, HeadlessOverridesDoNotTouchThePreferences)
     }
     AppServices services(environment);
     RecordingSeam seam;
-    AppDelegate delegate(seam, [&]() -> AppServices& { return services; });
-    services.launch(delegate);
+    AppLifecycle lifecycle(seam, [&]() -> AppServices& { return services; });
+    services.launch(lifecycle);
     EXPECT_TRUE(services.effectiveLocalServerEnabled());
     EXPECT_FALSE(services.cpuService().menuBarActive()) << "no tray to sample for";
     EXPECT_TRUE(services.cpuService().serverActive());
