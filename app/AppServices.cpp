@@ -22,17 +22,17 @@ std::optional<AppEnvironment>& sharedEnvironment()
 
 // The readers below turn the environment's roots, bus and clock into each service's sources.
 
-std::unique_ptr<CPUMonitor> cpuMonitor(const AppEnvironment& env)
+std::unique_ptr<CPUMonitor> makeCPUMonitor(const AppEnvironment& env)
 {
     return std::make_unique<CPUMonitor>(linuxCPUSources(env.roots.proc.toStdString()));
 }
 
-std::unique_ptr<MemoryMonitor> memoryMonitor(const AppEnvironment& env)
+std::unique_ptr<MemoryMonitor> makeMemoryMonitor(const AppEnvironment& env)
 {
     return std::make_unique<MemoryMonitor>(linuxMemorySources(env.roots.proc.toStdString(), env.roots.sys.toStdString()));
 }
 
-std::unique_ptr<DiskMonitor> diskMonitor(const AppEnvironment& env)
+std::unique_ptr<DiskMonitor> makeDiskMonitor(const AppEnvironment& env)
 {
     DiskSources sources = linuxDiskSources(env.roots.proc.toStdString(), env.roots.sys.toStdString());
     sources.now = env.clock;
@@ -47,17 +47,19 @@ std::unique_ptr<NetworkMonitoringService> makeNetworkService(const AppEnvironmen
                                                       std::make_unique<NetworkMonitor>(std::move(sources)));
 }
 
-std::unique_ptr<SnapshotGatherer> makeSnapshotGatherer(const AppEnvironment& env)
+std::unique_ptr<SnapshotGatherer> makeSnapshotGatherer(const AppEnvironment& env, SnapshotServices services)
 {
     SystemInfoSources system;
     system.procRoot = env.roots.proc;
     system.sysRoot = env.roots.sys;
-    return std::make_unique<SnapshotGatherer>(
+    auto gatherer = std::make_unique<SnapshotGatherer>(
         [bus = env.systemBus, sys = env.roots.sys] { return BatteryInfo::current(bus, sys); },
         [system] { return SystemInfo::current(system); });
+    gatherer->setServices(std::move(services));
+    return gatherer;
 }
 
-UpdateEnvironment updateEnvironment(const AppEnvironment& env)
+UpdateEnvironment makeUpdateEnvironment(const AppEnvironment& env)
 {
     UpdateEnvironment update = UpdateEnvironment::ofRunningProgram();
     update.feedUrl = env.feedUrl;
@@ -70,9 +72,9 @@ AppServices::AppServices(AppEnvironment environment, QObject* parent)
     , environment_(std::move(environment))
     , preferences_(environment_.preferencesPath())
     , settings_(std::make_unique<AppSettings>(preferences_))
-    , cpuService_(std::make_unique<CPUMonitoringService>(cpuMonitor(environment_)))
-    , memoryService_(std::make_unique<MemoryMonitoringService>(memoryMonitor(environment_)))
-    , diskService_(std::make_unique<DiskMonitoringService>(diskMonitor(environment_)))
+    , cpuService_(std::make_unique<CPUMonitoringService>(makeCPUMonitor(environment_)))
+    , memoryService_(std::make_unique<MemoryMonitoringService>(makeMemoryMonitor(environment_)))
+    , diskService_(std::make_unique<DiskMonitoringService>(makeDiskMonitor(environment_)))
     , batteryService_(std::make_unique<BatteryMonitoringService>(environment_.systemBus, environment_.roots.sys))
     , powerService_(std::make_unique<PowerScheduleService>(preferences_))
     , keepAwakeService_(
@@ -80,10 +82,11 @@ AppServices::AppServices(AppEnvironment environment, QObject* parent)
     , networkService_(makeNetworkService(environment_))
     , cameraService_(std::make_unique<CameraMonitoringService>(
           nullptr, CameraRoots{environment_.roots.dev, environment_.roots.sys, environment_.roots.proc}))
-    , snapshotGatherer_(makeSnapshotGatherer(environment_))
+    , snapshotGatherer_(makeSnapshotGatherer(
+          environment_, {cpuService_.get(), memoryService_.get(), diskService_.get(), networkService_.get()}))
     , statsServer_(std::make_unique<StatsServer>(environment_.serverPort,
                                                  [g = snapshotGatherer_.get()] { return g->makeSnapshot(); }))
-    , updateService_(std::make_unique<UpdateService>(updateEnvironment(environment_)))
+    , updateService_(std::make_unique<UpdateService>(makeUpdateEnvironment(environment_)))
 {
 }
 
@@ -138,7 +141,6 @@ void AppServices::launch(AppLifecycle& lifecycle)
     };
 
     applyMenuBarEnabled(effectiveMenuBarEnabled());
-    snapshotGatherer_->setServices({cpuService_.get(), memoryService_.get(), diskService_.get(), networkService_.get()});
     applyLocalServerEnabled(effectiveLocalServerEnabled());
     applyNetworkRecordingEnabled(effectiveNetworkRecordingEnabled());
     updateService_->checkForUpdates(false);

@@ -12,8 +12,8 @@ namespace tallowmere {
 class MainWindow;
 
 // The desktop side of the lifecycle: one main window; closing it is reported through
-// `onWindowClosed`. Linux has no per-application dock icon, so background mode only means
-// that no window is up while the tray strip, the server and recording carry on.
+// `onWindowClosed`. Background mode only means that no window is up while the tray strip,
+// the server and recording carry on.
 class WindowSeam final : public ForegroundSeam {
 public:
     explicit WindowSeam(std::function<void()> onWindowClosed);

@@ -103,10 +103,7 @@ int runSnapshot(int argc, char** argv)
     QCoreApplication app(argc, argv);
     // The container is built but not launched: nothing but the snapshot's own sampling runs.
     AppServices services(AppEnvironment::forThisMachine());
-    SnapshotGatherer& gatherer = services.snapshotGatherer();
-    gatherer.setServices(
-        {&services.cpuService(), &services.memoryService(), &services.diskService(), &services.networkService()});
-    const QByteArray document = captureSnapshot(gatherer);
+    const QByteArray document = captureSnapshot(services.snapshotGatherer());
     std::fwrite(document.constData(), 1, static_cast<size_t>(document.size()), stdout);
     std::fputc('\n', stdout);
     return 0;
