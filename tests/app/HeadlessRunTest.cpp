@@ -49,19 +49,6 @@ struct HeadlessProgram {
 
 } // namespace
 
-TEST(HeadlessRun, OverridesAreReportedAndSigtermEndsCleanly)
-{
-    HeadlessProgram program;
-    program.start({"--headless", "--server", "off", "--record", "off"});
-    ASSERT_TRUE(program.waitForLog("running headless; statistics server off, network recording off"));
-    ::kill(static_cast<pid_t>(program.process.processId()), SIGTERM);
-    ASSERT_TRUE(program.process.waitForFinished(5000));
-    EXPECT_EQ(program.process.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(program.process.exitCode(), 0);
-    // Overrides are for this run only.
-    EXPECT_FALSE(QFile::exists(program.home->filePath(QStringLiteral("config/Tallowmere/preferences.json"))));
-}
-
 TEST(HeadlessRun, NoDisplayFallsBackToHeadlessAndSigintEndsIt)
 {
     HeadlessProgram program;
@@ -73,31 +60,36 @@ TEST(HeadlessRun, NoDisplayFallsBackToHeadlessAndSigintEndsIt)
     EXPECT_EQ(program.process.exitCode(), 0);
 }
 
-TEST(HeadlessRun, OneCopyPerUserHeadlessOrWindowed)
+// One copy per user however the later start comes: headless, headless for want of a
+// display, or windowed.
+TEST(HeadlessRun, OneCopyPerUserAndOverridesForThisRunOnly)
 {
     HeadlessProgram first;
     first.start({"--headless", "--server", "off", "--record", "off"});
-    ASSERT_TRUE(first.waitForLog("running headless"));
+    ASSERT_TRUE(first.waitForLog("running headless; statistics server off, network recording off"));
 
-    HeadlessProgram second;
-    second.home = first.home;
-    second.start({"--headless", "--server", "off", "--record", "off"});
-    ASSERT_TRUE(second.process.waitForFinished(10000));
-    EXPECT_EQ(second.process.exitCode(), 1);
-    EXPECT_TRUE(second.process.readAllStandardError().contains("another copy is already running"));
-
-    // A windowed start hands its reopen to the running copy instead.
-    HeadlessProgram windowed;
-    windowed.home = first.home;
-    windowed.start({});
-    ASSERT_TRUE(windowed.process.waitForFinished(10000));
-    EXPECT_EQ(windowed.process.exitCode(), 0);
-    EXPECT_TRUE(windowed.process.readAllStandardError().contains("asked the running copy"));
+    const auto startBeside = [&](const QStringList& arguments, bool withDisplay) {
+        auto later = std::make_unique<HeadlessProgram>();
+        later->home = first.home;
+        later->start(arguments, withDisplay);
+        EXPECT_TRUE(later->process.waitForFinished(10000));
+        later->seen = later->process.readAllStandardError();
+        return later;
+    };
+    for (const auto& later : {startBeside({"--headless", "--server", "off"}, true), startBeside({}, false)}) {
+        EXPECT_EQ(later->process.exitCode(), 1);
+        EXPECT_TRUE(later->seen.contains("another copy is already running")) << later->seen.toStdString();
+    }
+    const auto windowed = startBeside({}, true);
+    EXPECT_EQ(windowed->process.exitCode(), 0);
+    EXPECT_TRUE(windowed->seen.contains("asked the running copy"));
 
     EXPECT_EQ(first.process.state(), QProcess::Running);
     ::kill(static_cast<pid_t>(first.process.processId()), SIGTERM);
     ASSERT_TRUE(first.process.waitForFinished(5000));
+    EXPECT_EQ(first.process.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(first.process.exitCode(), 0);
+    EXPECT_FALSE(QFile::exists(first.home->filePath(QStringLiteral("config/Tallowmere/preferences.json"))));
 }
 
 TEST(HeadlessRun, HelpAndBadArguments)
