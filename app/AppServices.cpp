@@ -1,7 +1,9 @@
 #include "app/AppServices.h"
 
-#include "app/AppDelegate.h"
+#include "app/AppLifecycle.h"
 #include "app/ForegroundSeam.h"
+#include "hardware/SystemInfo.h"
+#include "power/BatteryInfo.h"
 
 namespace tallowmere {
 
@@ -12,29 +14,79 @@ std::unique_ptr<AppServices>& sharedInstance()
     return instance;
 }
 
-AppServices::Options& sharedOptions()
+std::optional<AppEnvironment>& sharedEnvironment()
 {
-    static AppServices::Options options;
-    return options;
+    static std::optional<AppEnvironment> environment;
+    return environment;
+}
+
+// The readers below turn the environment's roots, bus and clock into each service's sources.
+
+std::unique_ptr<CPUMonitor> makeCPUMonitor(const AppEnvironment& env)
+{
+    return std::make_unique<CPUMonitor>(linuxCPUSources(env.roots.proc.toStdString()));
+}
+
+std::unique_ptr<MemoryMonitor> makeMemoryMonitor(const AppEnvironment& env)
+{
+    return std::make_unique<MemoryMonitor>(linuxMemorySources(env.roots.proc.toStdString(), env.roots.sys.toStdString()));
+}
+
+std::unique_ptr<DiskMonitor> makeDiskMonitor(const AppEnvironment& env)
+{
+    DiskSources sources = linuxDiskSources(env.roots.proc.toStdString(), env.roots.sys.toStdString());
+    sources.now = env.clock;
+    return std::make_unique<DiskMonitor>(std::move(sources));
+}
+
+std::unique_ptr<NetworkMonitoringService> makeNetworkService(const AppEnvironment& env)
+{
+    NetworkMonitorSources sources = NetworkMonitorSources::system(env.roots.proc.toStdString());
+    sources.clock = env.clock;
+    return std::make_unique<NetworkMonitoringService>(std::make_unique<NetworkUsageStore>(env.roots.data, env.clock),
+                                                      std::make_unique<NetworkMonitor>(std::move(sources)));
+}
+
+std::unique_ptr<SnapshotGatherer> makeSnapshotGatherer(const AppEnvironment& env, SnapshotServices services)
+{
+    SystemInfoSources system;
+    system.procRoot = env.roots.proc;
+    system.sysRoot = env.roots.sys;
+    auto gatherer = std::make_unique<SnapshotGatherer>(
+        [bus = env.systemBus, sys = env.roots.sys] { return BatteryInfo::current(bus, sys); },
+        [system] { return SystemInfo::current(system); });
+    gatherer->setServices(std::move(services));
+    return gatherer;
+}
+
+UpdateEnvironment makeUpdateEnvironment(const AppEnvironment& env)
+{
+    UpdateEnvironment update = UpdateEnvironment::ofRunningProgram();
+    update.feedUrl = env.feedUrl;
+    return update;
 }
 } // namespace
 
-AppServices::AppServices(Options options, QObject* parent)
+AppServices::AppServices(AppEnvironment environment, QObject* parent)
     : QObject(parent)
-    , options_(std::move(options))
-    , preferences_(options_.preferencesPath)
+    , environment_(std::move(environment))
+    , preferences_(environment_.preferencesPath())
     , settings_(std::make_unique<AppSettings>(preferences_))
-    , cpuService_(std::make_unique<CPUMonitoringService>())
-    , memoryService_(std::make_unique<MemoryMonitoringService>())
-    , diskService_(std::make_unique<DiskMonitoringService>())
-    , batteryService_(std::make_unique<BatteryMonitoringService>(QDBusConnection::systemBus()))
+    , cpuService_(std::make_unique<CPUMonitoringService>(makeCPUMonitor(environment_)))
+    , memoryService_(std::make_unique<MemoryMonitoringService>(makeMemoryMonitor(environment_)))
+    , diskService_(std::make_unique<DiskMonitoringService>(makeDiskMonitor(environment_)))
+    , batteryService_(std::make_unique<BatteryMonitoringService>(environment_.systemBus, environment_.roots.sys))
     , powerService_(std::make_unique<PowerScheduleService>(preferences_))
-    , keepAwakeService_(std::make_unique<KeepAwakeService>(preferences_, QDBusConnection::systemBus(),
-                                                           QDBusConnection::sessionBus()))
-    , networkService_(std::make_unique<NetworkMonitoringService>())
-    , cameraService_(std::make_unique<CameraMonitoringService>())
-    , statsServer_(std::make_unique<StatsServer>(options_.serverPort))
-    , updateService_(std::make_unique<UpdateService>(UpdateEnvironment::ofRunningProgram()))
+    , keepAwakeService_(
+          std::make_unique<KeepAwakeService>(preferences_, environment_.systemBus, environment_.sessionBus))
+    , networkService_(makeNetworkService(environment_))
+    , cameraService_(std::make_unique<CameraMonitoringService>(
+          nullptr, CameraRoots{environment_.roots.dev, environment_.roots.sys, environment_.roots.proc}))
+    , snapshotGatherer_(makeSnapshotGatherer(
+          environment_, {cpuService_.get(), memoryService_.get(), diskService_.get(), networkService_.get()}))
+    , statsServer_(std::make_unique<StatsServer>(environment_.serverPort,
+                                                 [g = snapshotGatherer_.get()] { return g->makeSnapshot(); }))
+    , updateService_(std::make_unique<UpdateService>(makeUpdateEnvironment(environment_)))
 {
 }
 
@@ -43,14 +95,16 @@ AppServices::~AppServices() = default;
 AppServices& AppServices::shared()
 {
     auto& instance = sharedInstance();
-    if (!instance)
-        instance = std::make_unique<AppServices>(sharedOptions());
+    if (!instance) {
+        auto& environment = sharedEnvironment();
+        instance = std::make_unique<AppServices>(environment ? *environment : AppEnvironment::forThisMachine());
+    }
     return *instance;
 }
 
-void AppServices::setSharedOptions(Options options)
+void AppServices::setSharedEnvironment(AppEnvironment environment)
 {
-    sharedOptions() = std::move(options);
+    sharedEnvironment() = std::move(environment);
 }
 
 void AppServices::destroyShared()
@@ -60,34 +114,33 @@ void AppServices::destroyShared()
 
 bool AppServices::effectiveLocalServerEnabled() const
 {
-    return options_.localServerOverride.value_or(settings_->localServerEnabled());
+    return environment_.localServerOverride.value_or(settings_->localServerEnabled());
 }
 
 bool AppServices::effectiveMenuBarEnabled() const
 {
-    return options_.hasMenuBar && settings_->menuBarEnabled();
+    return environment_.hasMenuBar && settings_->menuBarEnabled();
 }
 
 bool AppServices::effectiveNetworkRecordingEnabled() const
 {
-    return options_.recordingOverride.value_or(settings_->networkRecordingEnabled());
+    return environment_.recordingOverride.value_or(settings_->networkRecordingEnabled());
 }
 
-void AppServices::launch(AppDelegate& delegate)
+void AppServices::launch(AppLifecycle& lifecycle)
 {
     if (launched_)
         return;
     launched_ = true;
 
-    delegate.seam().createMainWindow(*this);
+    lifecycle.seam().createMainWindow(*this);
 
     AppSettings* settings = settings_.get();
-    delegate.shouldStayAlive = [settings] {
+    lifecycle.shouldStayAlive = [settings] {
         return settings->menuBarEnabled() || settings->networkRecordingEnabled() || settings->localServerEnabled();
     };
 
     applyMenuBarEnabled(effectiveMenuBarEnabled());
-    statsServer_->setServices({cpuService_.get(), memoryService_.get(), diskService_.get(), networkService_.get()});
     applyLocalServerEnabled(effectiveLocalServerEnabled());
     applyNetworkRecordingEnabled(effectiveNetworkRecordingEnabled());
     updateService_->checkForUpdates(false);
@@ -118,10 +171,12 @@ void AppServices::applyLocalServerEnabled(bool enabled)
         service->setServerActive(enabled);
         service->updateMonitoring();
     }
-    if (enabled)
+    if (enabled) {
+        snapshotGatherer_->cacheSystem(); // once; every later snapshot reuses it
         statsServer_->start();
-    else
+    } else {
         statsServer_->stop();
+    }
 }
 
 void AppServices::applyNetworkRecordingEnabled(bool enabled)

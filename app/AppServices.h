@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/AppEnvironment.h"
+#include "app/SnapshotGatherer.h"
 #include "core/AppSettings.h"
 #include "core/PreferencesStore.h"
 #include "hardware/CameraMonitoringService.h"
@@ -22,36 +24,25 @@
 
 namespace tallowmere {
 
-class AppDelegate;
-
-struct AppServicesOptions {
-    QString preferencesPath = PreferencesStore::defaultPath();
-    quint16 serverPort = 8765;
-    // Headless runs may override the persisted switches for this run only.
-    std::optional<bool> localServerOverride;
-    std::optional<bool> recordingOverride;
-    // Without a tray there is nobody to sample for when the menu-bar switch is on.
-    bool hasMenuBar = true;
-};
+class AppLifecycle;
 
 // Creates every service exactly once, in a fixed order, hands each what it needs, and applies
 // the three switches at launch and whenever they change. Nothing else creates a service.
 class AppServices : public QObject {
     Q_OBJECT
 public:
-    using Options = AppServicesOptions;
-
-    explicit AppServices(Options options = Options{}, QObject* parent = nullptr);
+    explicit AppServices(AppEnvironment environment, QObject* parent = nullptr);
     ~AppServices() override;
 
-    // The process-wide instance, built on first use with the options given to
-    // setSharedOptions(). destroyShared() ends it before the application object goes.
+    // The process-wide instance, built on first use in the environment given to
+    // setSharedEnvironment() (this machine's when none was). destroyShared() ends it before
+    // the application object goes.
     static AppServices& shared();
-    static void setSharedOptions(Options options);
+    static void setSharedEnvironment(AppEnvironment environment);
     static void destroyShared();
 
     // Start-up wiring; a second call does nothing.
-    void launch(AppDelegate& delegate);
+    void launch(AppLifecycle& lifecycle);
     bool hasLaunched() const { return launched_; }
 
     void applyMenuBarEnabled(bool enabled);
@@ -63,7 +54,7 @@ public:
     bool effectiveNetworkRecordingEnabled() const;
     bool effectiveMenuBarEnabled() const;
 
-    const Options& options() const { return options_; }
+    const AppEnvironment& environment() const { return environment_; }
     PreferencesStore& preferences() { return preferences_; }
 
     // Members, in construction order (the audio service and the tray controller take their
@@ -82,6 +73,8 @@ public:
     CameraMonitoringService& cameraService() { return *cameraService_; }
     StatsServer& statsServer() { return *statsServer_; }
     UpdateService& updateService() { return *updateService_; }
+    // What the server's documents are built from (not a service of its own).
+    SnapshotGatherer& snapshotGatherer() { return *snapshotGatherer_; }
 
 private:
     // The services whose loops follow the menu-bar and server switches, in the order they
@@ -89,7 +82,7 @@ private:
     std::vector<MonitoringService*> demandServices() const;
     void watchSwitches();
 
-    Options options_;
+    AppEnvironment environment_;
     PreferencesStore preferences_;
     bool launched_ = false;
 
@@ -102,6 +95,7 @@ private:
     std::unique_ptr<KeepAwakeService> keepAwakeService_;
     std::unique_ptr<NetworkMonitoringService> networkService_;
     std::unique_ptr<CameraMonitoringService> cameraService_;
+    std::unique_ptr<SnapshotGatherer> snapshotGatherer_;
     std::unique_ptr<StatsServer> statsServer_;
     std::unique_ptr<UpdateService> updateService_;
 };

@@ -32,9 +32,17 @@ void WindowSeam::showMainWindow()
 {
     if (!window_)
         return;
+    window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
     window_->show();
     window_->raise();
+    // On X11 this is the request for activation to the window manager (_NET_ACTIVE_WINDOW); one
+    // that prevents focus stealing may mark the window as wanting attention instead.
     window_->activateWindow();
+}
+
+QWidget* WindowSeam::mainWindow() const
+{
+    return window_.get();
 }
 
 bool WindowSeam::hasVisibleWindow() const

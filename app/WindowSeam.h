@@ -2,6 +2,8 @@
 
 #include "app/ForegroundSeam.h"
 
+#include <QWidget>
+
 #include <functional>
 #include <memory>
 
@@ -10,8 +12,8 @@ namespace tallowmere {
 class MainWindow;
 
 // The desktop side of the lifecycle: one main window; closing it is reported through
-// `onWindowClosed`. Linux has no per-application dock icon, so background mode only means
-// that no window is up while the tray strip, the server and recording carry on.
+// `onWindowClosed`. Background mode only means that no window is up while the tray strip,
+// the server and recording carry on.
 class WindowSeam final : public ForegroundSeam {
 public:
     explicit WindowSeam(std::function<void()> onWindowClosed);
@@ -25,6 +27,7 @@ public:
     void terminate() override;
 
     bool isForeground() const { return foreground_; }
+    QWidget* mainWindow() const;
 
 private:
     std::function<void()> onWindowClosed_;

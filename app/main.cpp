@@ -1,4 +1,4 @@
-#include "app/AppDelegate.h"
+#include "app/AppLifecycle.h"
 #include "app/AppServices.h"
 #include "app/CommandLine.h"
 #include "app/HeadlessSeam.h"
@@ -6,7 +6,7 @@
 #include "app/WindowSeam.h"
 #include "core/Log.h"
 #include "core/SignalQuit.h"
-#include "server/SnapshotCapture.h"
+#include "app/SnapshotCapture.h"
 #include "update/CheckUpdateCommand.h"
 
 #include <QApplication>
@@ -14,6 +14,7 @@
 #include <QTextStream>
 
 #include <cstdio>
+#include <optional>
 
 using namespace tallowmere;
 
@@ -33,28 +34,53 @@ bool hasDisplay()
         || qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
 }
 
-AppServices::Options servicesOptions(const RunOptions& run)
+AppEnvironment servicesEnvironment(const RunOptions& run)
 {
-    AppServices::Options options;
-    options.localServerOverride = run.server;
-    options.recordingOverride = run.record;
+    AppEnvironment environment = AppEnvironment::forThisMachine();
+    environment.localServerOverride = run.server;
+    environment.recordingOverride = run.record;
     if (run.port)
-        options.serverPort = *run.port;
-    return options;
+        environment.serverPort = *run.port;
+    return environment;
+}
+
+// Claims the one running copy for this user. Returns the exit status when this start must end
+// here: a windowed start hands the running copy a reopen, a headless one refuses to run twice.
+std::optional<int> claimInstance(SingleInstance& instance, bool windowed)
+{
+    QString error;
+    switch (instance.claim(&error)) {
+    case SingleInstance::Claim::ours:
+        return std::nullopt;
+    case SingleInstance::Claim::unavailable:
+        logWarning(QStringLiteral("cannot make sure this is the only running copy (%1); carrying on").arg(error));
+        return std::nullopt;
+    case SingleInstance::Claim::anotherRuns:
+        break;
+    }
+    if (windowed && instance.handOverReopen()) {
+        logInfo(QStringLiteral("already running; asked the running copy to show its window"));
+        return 0;
+    }
+    logWarning(QStringLiteral("another copy is already running for this user; this one exits"));
+    return 1;
 }
 
 int runHeadless(int argc, char** argv, const RunOptions& run)
 {
     QCoreApplication app(argc, argv);
+    SingleInstance instance;
+    if (const std::optional<int> status = claimInstance(instance, false))
+        return *status;
     SignalQuit signalQuit;
-    AppServices::Options options = servicesOptions(run);
-    options.hasMenuBar = false;
-    AppServices::setSharedOptions(options);
+    AppEnvironment environment = servicesEnvironment(run);
+    environment.hasMenuBar = false;
+    AppServices::setSharedEnvironment(environment);
     int result = 0;
     {
         HeadlessSeam seam;
-        AppDelegate delegate(seam);
-        QObject::connect(&delegate, &AppDelegate::launched, [] {
+        AppLifecycle lifecycle(seam);
+        QObject::connect(&lifecycle, &AppLifecycle::launched, [] {
             AppServices& services = AppServices::shared();
             if (services.effectiveLocalServerEnabled() && !services.statsServer().isRunning())
                 logWarning(QStringLiteral("the statistics server did not start: %1")
@@ -65,7 +91,7 @@ int runHeadless(int argc, char** argv, const RunOptions& run)
                                  : QStringLiteral("off"),
                              services.effectiveNetworkRecordingEnabled() ? QStringLiteral("on") : QStringLiteral("off")));
         });
-        delegate.applicationDidFinishLaunching();
+        lifecycle.onLaunchFinished();
         result = app.exec();
     }
     AppServices::destroyShared();
@@ -76,9 +102,8 @@ int runSnapshot(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     // The container is built but not launched: nothing but the snapshot's own sampling runs.
-    AppServices services;
-    const QByteArray document = captureSnapshot(
-        {&services.cpuService(), &services.memoryService(), &services.diskService(), &services.networkService()});
+    AppServices services(AppEnvironment::forThisMachine());
+    const QByteArray document = captureSnapshot(services.snapshotGatherer());
     std::fwrite(document.constData(), 1, static_cast<size_t>(document.size()), stdout);
     std::fputc('\n', stdout);
     return 0;
@@ -94,33 +119,27 @@ int runCheckUpdate(int argc, char** argv)
 int runWithWindow(int argc, char** argv, const RunOptions& run)
 {
     QApplication app(argc, argv);
-    // The lifecycle decides what closing the last window means (see AppDelegate).
+    // The lifecycle decides what closing the last window means (see AppLifecycle).
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setApplicationDisplayName(QStringLiteral("Tallowmere"));
 
     SingleInstance instance;
-    if (instance.handOverToRunningInstance()) {
-        logInfo(QStringLiteral("already running; asked the running copy to show its window"));
-        return 0;
-    }
-    QString listenError;
-    if (!instance.listen(&listenError))
-        logWarning(QStringLiteral("cannot watch for a second start (%1); carrying on").arg(listenError));
+    if (const std::optional<int> status = claimInstance(instance, true))
+        return *status;
 
     SignalQuit signalQuit;
-    AppServices::setSharedOptions(servicesOptions(run));
+    AppServices::setSharedEnvironment(servicesEnvironment(run));
     int result = 0;
     {
-        AppDelegate* delegatePointer = nullptr;
-        WindowSeam seam([&delegatePointer] {
-            if (delegatePointer)
-                delegatePointer->windowWillClose();
+        AppLifecycle* lifecyclePointer = nullptr;
+        WindowSeam seam([&lifecyclePointer] {
+            if (lifecyclePointer)
+                lifecyclePointer->onWindowClosed();
         });
-        AppDelegate delegate(seam);
-        delegatePointer = &delegate;
-        QObject::connect(&instance, &SingleInstance::reopenRequested, &delegate,
-                         [&] { delegate.applicationShouldHandleReopen(seam.hasVisibleWindow()); });
-        delegate.applicationDidFinishLaunching();
+        AppLifecycle lifecycle(seam);
+        lifecyclePointer = &lifecycle;
+        QObject::connect(&instance, &SingleInstance::reopenRequested, &lifecycle, &AppLifecycle::onReopen);
+        lifecycle.onLaunchFinished();
         result = app.exec();
     }
     AppServices::destroyShared();

@@ -7,7 +7,7 @@
 #include "monitors/MemoryMonitoringService.h"
 #include "power/BatteryInfo.h"
 #include "server/MetricsText.h"
-#include "server/SnapshotGatherer.h"
+#include "app/SnapshotGatherer.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>

@@ -30,17 +30,6 @@ constexpr auto kResumeAfterResourceError = std::chrono::milliseconds(200);
 
 } // namespace
 
-StatsServer::StatsServer(quint16 port, QObject* parent)
-    : StatsServer(port, std::make_unique<SnapshotGatherer>(), parent)
-{
-}
-
-StatsServer::StatsServer(quint16 port, std::unique_ptr<SnapshotGatherer> gatherer, QObject* parent)
-    : StatsServer(port, [g = gatherer.get()] { return g->makeSnapshot(); }, parent)
-{
-    gatherer_ = std::move(gatherer);
-}
-
 StatsServer::StatsServer(quint16 port, SnapshotSource snapshot, QObject* parent)
     : QObject(parent)
     , port_(port)
@@ -52,12 +41,6 @@ StatsServer::StatsServer(quint16 port, SnapshotSource snapshot, QObject* parent)
 }
 
 StatsServer::~StatsServer() = default;
-
-void StatsServer::setServices(SnapshotServices services)
-{
-    if (gatherer_)
-        gatherer_->setServices(std::move(services));
-}
 
 StatsSnapshot StatsServer::makeSnapshot() const
 {
@@ -86,8 +69,6 @@ void StatsServer::start()
 {
     if (listener4_)
         return;
-    if (gatherer_)
-        gatherer_->cacheSystem();
 
     // QTcpServer allows the address to be reused, so a restart right after a stop binds
     // again although old connections linger in TIME_WAIT.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "server/MCPEndpoint.h"
-#include "server/SnapshotGatherer.h"
 #include "server/StatsRouter.h"
 
 #include <QObject>
@@ -25,11 +24,8 @@ class StatsServer : public QObject {
 public:
     static constexpr quint16 defaultPort = 8765;
 
-    // Answers from the live services handed over with setServices().
-    explicit StatsServer(quint16 port = defaultPort, QObject* parent = nullptr);
-    // The same with readers of the battery and the machine chosen by the caller.
-    StatsServer(quint16 port, std::unique_ptr<SnapshotGatherer> gatherer, QObject* parent = nullptr);
-    // Answers from documents that `snapshot` builds (fixed figures for checks and benchmarks).
+    // Answers with the documents that `snapshot` builds, one for every request; the server
+    // itself reads nothing of the machine.
     StatsServer(quint16 port, SnapshotSource snapshot, QObject* parent = nullptr);
     ~StatsServer() override;
 
@@ -42,10 +38,6 @@ public:
     bool isRunning() const { return isRunning_; }
     const std::optional<QString>& lastError() const { return lastError_; }
 
-    // The weak references to the CPU, memory, disk and network services, given once at launch.
-    void setServices(SnapshotServices services);
-
-    // Listens (the first start also gathers the machine's facts, kept for every snapshot).
     void start();
     void stop();
 
@@ -65,7 +57,6 @@ private:
     std::unique_ptr<QTcpServer> makeListener();
 
     const quint16 port_;
-    std::unique_ptr<SnapshotGatherer> gatherer_; // absent when a fixed source answers
     SnapshotSource snapshot_;
     StatsRouter router_;
     std::unique_ptr<ConnectionPool> connections_;

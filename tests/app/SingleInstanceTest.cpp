@@ -2,48 +2,46 @@
 
 #include "tests/support/TestSupport.h"
 
-#include <QLocalServer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 using namespace tallowmere;
 
-TEST(SingleInstance, SecondStartHandsOverAReopenRequest)
+// flock locks belong to open files, so two claims in one process contend as two processes would.
+TEST(SingleInstance, OneClaimAtATimeAndTheLaterStartHandsOverAReopen)
 {
     QTemporaryDir dir;
     const QString name = dir.filePath(QStringLiteral("instance.socket"));
-    SingleInstance first(name);
-    EXPECT_FALSE(first.handOverToRunningInstance()) << "nobody runs yet";
-    ASSERT_TRUE(first.listen());
-    QSignalSpy reopen(&first, &SingleInstance::reopenRequested);
+    // A copy that ended without cleaning up leaves its socket file behind.
+    test::writeFile(dir.path(), QStringLiteral("instance.socket"), "");
+    auto first = std::make_unique<SingleInstance>(name);
+    QString error;
+    ASSERT_EQ(first->claim(&error), SingleInstance::Claim::ours) << error.toStdString();
+    QSignalSpy reopen(first.get(), &SingleInstance::reopenRequested);
 
-    // The second start's hand-over blocks, so it runs on a worker while this thread serves.
+    SingleInstance second(name);
+    EXPECT_EQ(second.claim(), SingleInstance::Claim::anotherRuns);
+    // The hand-over blocks, so it runs on a worker while this thread serves.
     bool handedOver = false;
-    std::thread second([&] {
-        SingleInstance other(name);
-        handedOver = other.handOverToRunningInstance();
-    });
+    std::thread worker([&] { handedOver = second.handOverReopen(); });
     ASSERT_TRUE(test::waitUntil([&] { return reopen.count() == 1; }));
-    second.join();
+    worker.join();
     EXPECT_TRUE(handedOver);
+
+    first.reset();
+    SingleInstance third(name);
+    EXPECT_EQ(third.claim(), SingleInstance::Claim::ours);
 }
 
-TEST(SingleInstance, StaleSocketFromACrashedRunIsReplaced)
+TEST(SingleInstance, UnwritableFolderLeavesTheClaimUnavailable)
 {
-    QTemporaryDir dir;
-    const QString name = dir.filePath(QStringLiteral("instance.socket"));
-    {
-        // A listener that goes away without cleaning up leaves its socket file behind.
-        QLocalServer crashed;
-        crashed.setSocketOptions(QLocalServer::UserAccessOption);
-        ASSERT_TRUE(crashed.listen(name));
-        crashed.close();
-        test::writeFile(dir.path(), QStringLiteral("instance.socket"), "");
-    }
-    SingleInstance fresh(name);
-    EXPECT_FALSE(fresh.handOverToRunningInstance());
+    SingleInstance nowhere(QStringLiteral("/nonexistent/instance.socket"));
     QString error;
-    EXPECT_TRUE(fresh.listen(&error)) << error.toStdString();
+    EXPECT_EQ(nowhere.claim(&error), SingleInstance::Claim::unavailable);
+    EXPECT_TRUE(error.contains(QStringLiteral("/nonexistent/instance.socket.lock")));
+    EXPECT_FALSE(nowhere.handOverReopen());
 }

@@ -1,4 +1,4 @@
-#include "server/SnapshotGatherer.h"
+#include "app/SnapshotGatherer.h"
 
 #include "hardware/SystemInfo.h"
 #include "history/NetworkMonitoringService.h"
@@ -69,8 +69,8 @@ StatsSnapshot SnapshotGatherer::makeSnapshot() const
 {
     StatsSnapshot snapshot;
     snapshot.battery = batterySection(readBattery_());
-    // Without a cached inventory this snapshot gathers one for itself only; the server
-    // keeps one from its next start.
+    // Without a cached inventory this snapshot gathers one for itself only; one is kept
+    // from the server's next start.
     snapshot.system = cachedSystem_ ? *cachedSystem_ : systemSection(readSystem_());
     snapshot.timestamp = snapshotTimestamp(QDateTime::currentSecsSinceEpoch());
     snapshot.cpu = cpuSection(services_.cpu.data());

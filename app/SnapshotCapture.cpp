@@ -1,4 +1,4 @@
-#include "server/SnapshotCapture.h"
+#include "app/SnapshotCapture.h"
 
 #include "history/NetworkMonitoringService.h"
 #include "monitors/CPUMonitoringService.h"
@@ -93,13 +93,6 @@ QByteArray captureSnapshot(SnapshotGatherer& gatherer, std::chrono::milliseconds
         w.service->updateMonitoring();
     }
     return text;
-}
-
-QByteArray captureSnapshot(const SnapshotServices& services, std::chrono::milliseconds patience)
-{
-    SnapshotGatherer gatherer;
-    gatherer.setServices(services);
-    return captureSnapshot(gatherer, patience);
 }
 
 } // namespace tallowmere

@@ -1,5 +1,5 @@
-#include "server/SnapshotCapture.h"
-#include "server/SnapshotGatherer.h"
+#include "app/SnapshotCapture.h"
+#include "app/SnapshotGatherer.h"
 #include "tests/support/TestSupport.h"
 
 #include "hardware/SystemInfo.h"

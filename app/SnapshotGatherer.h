@@ -25,9 +25,10 @@ struct SnapshotServices {
     QPointer<NetworkMonitoringService> network;
 };
 
-// Builds snapshots from the live services (main thread). The monitors' published values are
-// copied as they stand (nothing is sampled), the battery is read afresh every time, and the
-// facts about the machine come from one gathering that is kept once cacheSystem() ran.
+// Builds the server's snapshots from the live services (main thread). The monitors' published
+// values are copied as they stand (nothing is sampled), the battery is read afresh every time,
+// and the facts about the machine come from one gathering that is kept once cacheSystem() ran
+// (the container does that when it first starts the server).
 class SnapshotGatherer {
 public:
     using BatteryReader = std::function<BatteryInfo()>;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "server/SnapshotGatherer.h"
+#include "app/SnapshotGatherer.h"
 
 #include <QByteArray>
 
@@ -13,10 +13,6 @@ namespace tallowmere {
 // real rates, not the zeros of a first reading), at most `patience`, restores the flags and
 // returns the encoded document, as GET /stats would answer it. Main thread only.
 QByteArray captureSnapshot(SnapshotGatherer& gatherer,
-                           std::chrono::milliseconds patience = std::chrono::milliseconds(4000));
-
-// The same with the machine's own battery and inventory readers.
-QByteArray captureSnapshot(const SnapshotServices& services,
                            std::chrono::milliseconds patience = std::chrono::milliseconds(4000));
 
 } // namespace tallowmere

@@ -1,4 +1,4 @@
-#include "app/AppDelegate.h"
+#include "app/AppLifecycle.h"
 
 #include "app/AppServices.h"
 #include "app/ForegroundSeam.h"
@@ -7,19 +7,19 @@
 
 namespace tallowmere {
 
-AppDelegate::AppDelegate(ForegroundSeam& seam, ServicesProvider services, QObject* parent)
+AppLifecycle::AppLifecycle(ForegroundSeam& seam, ServicesProvider services, QObject* parent)
     : QObject(parent)
     , seam_(seam)
     , services_(services ? std::move(services) : ServicesProvider([]() -> AppServices& { return AppServices::shared(); }))
 {
 }
 
-void AppDelegate::applicationDidFinishLaunching()
+void AppLifecycle::onLaunchFinished()
 {
-    QTimer::singleShot(0, this, &AppDelegate::runLaunchTask);
+    QTimer::singleShot(0, this, &AppLifecycle::runLaunchTask);
 }
 
-void AppDelegate::runLaunchTask()
+void AppLifecycle::runLaunchTask()
 {
     AppServices& services = services_();
     services.launch(*this);
@@ -29,28 +29,27 @@ void AppDelegate::runLaunchTask()
     emit launched();
 }
 
-bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)
+void AppLifecycle::onReopen()
 {
-    if (hasVisibleWindows)
-        return true;
+    const bool wasVisible = seam_.hasVisibleWindow();
     if (seam_.hasMainWindow())
         seam_.showMainWindow();
-    seam_.setForeground(true);
-    return true;
+    if (!wasVisible)
+        seam_.setForeground(true);
 }
 
-void AppDelegate::windowWillClose()
+void AppLifecycle::onWindowClosed()
 {
-    QTimer::singleShot(0, this, &AppDelegate::afterWindowClosed);
+    QTimer::singleShot(0, this, &AppLifecycle::afterWindowClosed);
 }
 
-void AppDelegate::afterWindowClosed()
+void AppLifecycle::afterWindowClosed()
 {
     if (seam_.hasVisibleWindow())
         return;
     if (shouldStayAlive())
         seam_.setForeground(false);
-    else if (applicationShouldTerminateAfterLastWindowClosed())
+    else if (quitsWhenLastWindowCloses())
         seam_.terminate();
 }
 
