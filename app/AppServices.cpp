@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/ForegroundSeam.h"
+#include "power/BatteryInfo.h"
 
 namespace tallowmere {
 
@@ -28,17 +29,27 @@ AppServices::AppServices(Options options, QObject* parent)
     , memoryService_(std::make_unique<MemoryMonitoringService>())
     , diskService_(std::make_unique<DiskMonitoringService>())
     , batteryService_(std::make_unique<BatteryMonitoringService>(QDBusConnection::systemBus()))
+    , audioService_(std::make_unique<AudioVolumeService>(preferences_))
     , powerService_(std::make_unique<PowerScheduleService>(preferences_))
     , keepAwakeService_(std::make_unique<KeepAwakeService>(preferences_, QDBusConnection::systemBus(),
                                                            QDBusConnection::sessionBus()))
     , networkService_(std::make_unique<NetworkMonitoringService>())
     , cameraService_(std::make_unique<CameraMonitoringService>())
-    , statsServer_(std::make_unique<StatsServer>(options_.serverPort))
+    , statsServer_(std::make_unique<StatsServer>(
+          options_.serverPort, std::make_unique<SnapshotGatherer>([] { return BatteryInfo::current(); },
+                                                                  [this] { return systemInfo(); })))
     , updateService_(std::make_unique<UpdateService>(UpdateEnvironment::ofRunningProgram()))
 {
 }
 
 AppServices::~AppServices() = default;
+
+SystemInfo AppServices::systemInfo() const
+{
+    SystemInfoSources sources;
+    sources.audioDevices = [client = &audioService_->client()] { return client->deviceDescriptions(); };
+    return SystemInfo::current(sources);
+}
 
 AppServices& AppServices::shared()
 {
