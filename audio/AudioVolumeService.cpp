@@ -53,9 +53,9 @@ void AudioVolumeService::stop()
     monitorTask_.reset();
 }
 
-void AudioVolumeService::refresh()
+void AudioVolumeService::refresh(std::function<void()> applied)
 {
-    requestRound();
+    requestRound(std::move(applied));
 }
 
 void AudioVolumeService::startPolling()

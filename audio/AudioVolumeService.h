@@ -11,6 +11,7 @@
 #include <QObject>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -45,8 +46,9 @@ public:
 
     void start();
     void stop();
-    // Asks for one round now; the result is applied when the server has answered.
-    void refresh();
+    // Asks for one round now; the result is applied when the server has answered, then
+    // `applied` runs.
+    void refresh(std::function<void()> applied = {});
 
     void setVolume(const QString& id, double percent);
     void toggleMute(const QString& id);
