@@ -1,11 +1,6 @@
 #pragma once
 
-#include <QByteArray>
-#include <QHash>
-#include <QList>
 #include <QProcess>
-#include <QString>
-#include <QStringList>
 #include <QTemporaryDir>
 
 #include <cstdint>
@@ -32,43 +27,39 @@ private:
 };
 
 // A private PulseAudio server for one test: its own runtime folder and socket, one null
-// output named "out", never exiting when idle. Players are pacat processes playing a steady
-// 440 Hz tone at half scale.
+// output named "out", never exiting when idle. $PLAY in the environment of the programs it
+// runs is a pacat command line playing a steady 440 Hz tone at half scale.
 class PulseServer {
 public:
     PulseServer();
-    ~PulseServer();
+    ~PulseServer() { kill(); }
     PulseServer(const PulseServer&) = delete;
     PulseServer& operator=(const PulseServer&) = delete;
 
     // Starts (again) on the same socket and waits until it answers.
     bool start();
-    void kill();
+    void kill() { daemon_.reset(); }
 
-    QByteArray address() const { return "unix:" + dir_.filePath(QStringLiteral("native")).toUtf8(); }
+    QByteArray address() const { return "unix:" + path(QStringLiteral("native")).toUtf8(); }
     QString path(const QString& name) const { return dir_.filePath(name); }
 
-    // A pacat playing the tone with these stream properties ("application.id=...").
-    Player play(const QStringList& properties) const;
-    // `program` (a copy of the shell, so it has a name of its own) running `script`, in which
-    // $PLAY stands for a pacat command line playing the tone.
+    // Plays the tone with one stream property, e.g. "application.id=org.example.Radio".
+    Player play(const QString& property) const;
+    // A copy of the shell named `program` (so it has a name of its own) running `script`.
     Player runApplication(const QString& program, const QString& script) const;
 
-    struct StreamVolume {
-        int pid = 0;
-        QList<std::uint32_t> channelVolumes;
-    };
-    // The playing streams as pactl reports them, by index.
-    QHash<std::uint32_t, StreamVolume> streams() const;
-    // Root-mean-square amplitude (0...1) of what the null output plays, over `ms`.
-    double level(int ms = 600) const;
+    // How many playing streams have every channel at this linear gain, as pactl reports them.
+    int streamsAt(double gain) const;
+    // Root-mean-square amplitude (0...1) of what the null output plays.
+    double level() const;
 
 private:
     QProcessEnvironment environment() const;
-    QString playCommand() const;
+    Player run(const QString& program, const QStringList& arguments) const;
+    QByteArray runTool(const QString& program, const QStringList& arguments, int ms) const;
 
     QTemporaryDir dir_;
-    std::unique_ptr<QProcess> daemon_;
+    std::unique_ptr<Player> daemon_;
 };
 
 } // namespace tallowmere::test
