@@ -21,14 +21,9 @@ struct Machine {
         DetectionContext c;
         c.ownPid = ownPid;
         c.ownId = QStringLiteral("tallowmere");
-        c.process = [this](int pid) -> std::optional<ProcessInfo> {
-            const auto it = processes.constFind(pid);
-            return it == processes.constEnd() ? std::nullopt : std::optional(*it);
-        };
+        c.process = [this](int pid) { return processes.contains(pid) ? std::optional(processes[pid]) : std::nullopt; };
         c.entries = &entries;
-        c.nowPlaying = [this](int pid) -> std::optional<QString> {
-            return tracks.contains(pid) ? std::optional(tracks.value(pid)) : std::nullopt;
-        };
+        c.nowPlaying = [this](int pid) { return tracks.contains(pid) ? std::optional(tracks[pid]) : std::nullopt; };
         return c;
     }
 };
@@ -41,11 +36,7 @@ DesktopEntry app(const char* id, const char* name, const char* executable)
 
 PlaybackStream stream(std::uint32_t index, int pid, const char* appId = "")
 {
-    PlaybackStream s;
-    s.index = index;
-    s.pid = pid;
-    s.applicationId = QString::fromLatin1(appId);
-    return s;
+    return {index, pid, {}, QString::fromLatin1(appId), {}, false, 2, 1.0};
 }
 
 QStringList names(const QList<AudioPlayingApp>& apps)
@@ -149,62 +140,44 @@ TEST(AudioDetection, DesktopEntriesGiveNamesIconsAndPrograms)
 
 TEST(AudioMixerEngine, AppliesStoredGainsToNewStreamsOnlyAndHandlesAtMost64)
 {
-    struct Write {
-        std::uint32_t index;
-        int channels;
-        float gain;
-        bool operator==(const Write&) const = default;
-    };
-    QList<Write> writes;
-    AudioMixerEngine engine([&](std::uint32_t index, int channels, float gain) { writes.append({index, channels, gain}); });
-    const auto gains = [](const QString& id) -> std::optional<float> {
-        if (id == QLatin1StringView("quiet"))
-            return 0.4f;
-        return std::nullopt;
-    };
-    AudioPlayingApp quiet{1, {1, 2, 3}, "quiet", "Quiet", {}, {}};
-    AudioPlayingApp loud{2, {4}, "loud", "Loud", {}, {}};
-    PulseSnapshot snapshot;
-    snapshot.defaultSink = QStringLiteral("speakers");
-    snapshot.playback = {stream(1, 1), stream(2, 1), stream(3, 1), stream(4, 2)};
+    QStringList writes; // "stream/channels/gain"
+    AudioMixerEngine engine([&](std::uint32_t index, int channels, float gain) {
+        writes << QStringLiteral("%1/%2/%3").arg(index).arg(channels).arg(gain);
+    });
+    const auto gains = [](const QString& id) { return id == QLatin1StringView("quiet") ? std::optional(0.4f) : std::nullopt; };
+    AudioPlayingApp quiet{1, {1, 2}, "quiet", "Quiet", {}, {}};
+    const AudioPlayingApp loud{2, {4}, "loud", "Loud", {}, {}};
+    PulseSnapshot snapshot{"speakers", {stream(1, 1), stream(2, 1), stream(4, 2)}, {}};
     snapshot.playback[1].channels = 6;
+    const auto update = [&](const QList<AudioPlayingApp>& apps) {
+        writes.clear();
+        engine.update(apps, snapshot, gains);
+        return writes;
+    };
 
-    engine.update({quiet, loud}, snapshot, gains);
-    EXPECT_EQ(writes, (QList<Write>{{1, 2, 0.4f}, {2, 6, 0.4f}, {3, 2, 0.4f}}));
-
-    // The same streams again: nothing is written; a fourth stream of the app gets the gain.
-    writes.clear();
-    engine.update({quiet, loud}, snapshot, gains);
-    EXPECT_TRUE(writes.isEmpty());
+    EXPECT_EQ(update({quiet, loud}), (QStringList{"1/2/0.4", "2/6/0.4"}));
+    // The same streams again write nothing; a new stream of the app gets the gain.
+    EXPECT_EQ(update({quiet, loud}), QStringList{});
     quiet.objectIDs.append(5);
-    engine.update({quiet, loud}, snapshot, gains);
-    EXPECT_EQ(writes, (QList<Write>{{5, 2, 0.4f}}));
-
-    // Another default output while something plays re-applies; while nothing plays it does not.
-    writes.clear();
+    EXPECT_EQ(update({quiet, loud}), QStringList{"5/2/0.4"});
+    // Another default output re-applies while something plays, not while nothing does.
     snapshot.defaultSink = QStringLiteral("headphones");
-    engine.update({quiet, loud}, snapshot, gains);
-    EXPECT_EQ(writes.size(), 4);
-    writes.clear();
+    EXPECT_EQ(update({quiet, loud}).size(), 3);
     snapshot.defaultSink = QStringLiteral("hdmi");
-    engine.update({}, snapshot, gains);
-    EXPECT_TRUE(writes.isEmpty());
+    EXPECT_EQ(update({}), QStringList{});
 
     // setGain reaches every stream of the app, clamped.
-    engine.update({quiet, loud}, snapshot, gains);
+    update({quiet, loud});
     writes.clear();
     engine.setGain("quiet", 1.5f);
     engine.setGain("loud", -1.0f);
-    EXPECT_EQ(writes, (QList<Write>{{1, 2, 1.0f}, {2, 6, 1.0f}, {3, 2, 1.0f}, {5, 2, 1.0f}, {4, 2, 0.0f}}));
+    EXPECT_EQ(writes, (QStringList{"1/2/1", "2/6/1", "5/2/1", "4/2/0"}));
 
     // 70 streams: the first 64 in list order are handled.
     AudioPlayingApp many{3, {}, "quiet", "Many", {}, {}};
     for (std::uint32_t i = 100; i < 170; ++i)
         many.objectIDs.append(i);
-    writes.clear();
-    engine.update({many}, snapshot, gains);
-    EXPECT_EQ(engine.streamCount(), 64);
-    EXPECT_EQ(writes.size(), 64);
+    EXPECT_EQ(update({many}).size(), 64);
     EXPECT_TRUE(engine.isHandled(163));
     EXPECT_FALSE(engine.isHandled(164));
 }
