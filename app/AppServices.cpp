@@ -47,16 +47,23 @@ std::unique_ptr<NetworkMonitoringService> makeNetworkService(const AppEnvironmen
                                                       std::make_unique<NetworkMonitor>(std::move(sources)));
 }
 
-std::unique_ptr<SnapshotGatherer> makeSnapshotGatherer(const AppEnvironment& env, SnapshotServices services)
+std::unique_ptr<SnapshotGatherer> makeSnapshotGatherer(const AppEnvironment& env,
+                                                       SnapshotGatherer::SystemReader system,
+                                                       SnapshotServices services)
 {
-    SystemInfoSources system;
-    system.procRoot = env.roots.proc;
-    system.sysRoot = env.roots.sys;
     auto gatherer = std::make_unique<SnapshotGatherer>(
         [bus = env.systemBus, sys = env.roots.sys] { return BatteryInfo::current(bus, sys); },
-        [system] { return SystemInfo::current(system); });
+        std::move(system));
     gatherer->setServices(std::move(services));
     return gatherer;
+}
+
+AudioEnvironment makeAudioEnvironment(const AppEnvironment& env)
+{
+    AudioEnvironment audio;
+    audio.sessionBus = env.sessionBus;
+    audio.procRoot = env.roots.proc;
+    return audio;
 }
 
 UpdateEnvironment makeUpdateEnvironment(const AppEnvironment& env)
@@ -76,6 +83,7 @@ AppServices::AppServices(AppEnvironment environment, QObject* parent)
     , memoryService_(std::make_unique<MemoryMonitoringService>(makeMemoryMonitor(environment_)))
     , diskService_(std::make_unique<DiskMonitoringService>(makeDiskMonitor(environment_)))
     , batteryService_(std::make_unique<BatteryMonitoringService>(environment_.systemBus, environment_.roots.sys))
+    , audioService_(std::make_unique<AudioVolumeService>(preferences_, makeAudioEnvironment(environment_)))
     , powerService_(std::make_unique<PowerScheduleService>(preferences_))
     , keepAwakeService_(
           std::make_unique<KeepAwakeService>(preferences_, environment_.systemBus, environment_.sessionBus))
@@ -83,7 +91,8 @@ AppServices::AppServices(AppEnvironment environment, QObject* parent)
     , cameraService_(std::make_unique<CameraMonitoringService>(
           nullptr, CameraRoots{environment_.roots.dev, environment_.roots.sys, environment_.roots.proc}))
     , snapshotGatherer_(makeSnapshotGatherer(
-          environment_, {cpuService_.get(), memoryService_.get(), diskService_.get(), networkService_.get()}))
+          environment_, [this] { return systemInfo(); },
+          {cpuService_.get(), memoryService_.get(), diskService_.get(), networkService_.get()}))
     , statsServer_(std::make_unique<StatsServer>(environment_.serverPort,
                                                  [g = snapshotGatherer_.get()] { return g->makeSnapshot(); }))
     , updateService_(std::make_unique<UpdateService>(makeUpdateEnvironment(environment_)))
@@ -91,6 +100,15 @@ AppServices::AppServices(AppEnvironment environment, QObject* parent)
 }
 
 AppServices::~AppServices() = default;
+
+SystemInfo AppServices::systemInfo() const
+{
+    SystemInfoSources sources;
+    sources.procRoot = environment_.roots.proc;
+    sources.sysRoot = environment_.roots.sys;
+    sources.audioDevices = [client = &audioService_->client()] { return client->deviceDescriptions(); };
+    return SystemInfo::current(sources);
+}
 
 AppServices& AppServices::shared()
 {

@@ -2,9 +2,11 @@
 
 #include "app/AppEnvironment.h"
 #include "app/SnapshotGatherer.h"
+#include "audio/AudioVolumeService.h"
 #include "core/AppSettings.h"
 #include "core/PreferencesStore.h"
 #include "hardware/CameraMonitoringService.h"
+#include "hardware/SystemInfo.h"
 #include "history/NetworkMonitoringService.h"
 #include "monitors/CPUMonitoringService.h"
 #include "monitors/DiskMonitoringService.h"
@@ -54,11 +56,13 @@ public:
     bool effectiveNetworkRecordingEnabled() const;
     bool effectiveMenuBarEnabled() const;
 
+    // The machine's inventory, with the audio devices the sound server knows.
+    SystemInfo systemInfo() const;
+
     const AppEnvironment& environment() const { return environment_; }
     PreferencesStore& preferences() { return preferences_; }
 
-    // Members, in construction order (the audio service and the tray controller take their
-    // places when they arrive):
+    // Members, in construction order (the tray controller takes its place when it arrives):
     //  1 settings  2 cpuService  3 memoryService  4 diskService  5 batteryService
     //  6 audioService  7 powerService  8 keepAwakeService  9 networkService
     //  10 cameraService  11 statsServer  12 updateService  13 menuBarController
@@ -67,6 +71,7 @@ public:
     MemoryMonitoringService& memoryService() { return *memoryService_; }
     DiskMonitoringService& diskService() { return *diskService_; }
     BatteryMonitoringService& batteryService() { return *batteryService_; }
+    AudioVolumeService& audioService() { return *audioService_; }
     PowerScheduleService& powerService() { return *powerService_; }
     KeepAwakeService& keepAwakeService() { return *keepAwakeService_; }
     NetworkMonitoringService& networkService() { return *networkService_; }
@@ -91,6 +96,7 @@ private:
     std::unique_ptr<MemoryMonitoringService> memoryService_;
     std::unique_ptr<DiskMonitoringService> diskService_;
     std::unique_ptr<BatteryMonitoringService> batteryService_;
+    std::unique_ptr<AudioVolumeService> audioService_;
     std::unique_ptr<PowerScheduleService> powerService_;
     std::unique_ptr<KeepAwakeService> keepAwakeService_;
     std::unique_ptr<NetworkMonitoringService> networkService_;

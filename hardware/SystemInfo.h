@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <QUuid>
 
+#include <functional>
 #include <optional>
 
 namespace tallowmere {
@@ -39,6 +40,9 @@ struct SystemInfoSources {
     QStringList idDatabaseDirs{QStringLiteral("/usr/share/hwdata"), QStringLiteral("/usr/share/misc")};
     // Whether to add the live interface addresses of this machine (not part of any fixture).
     bool readInterfaceAddresses = true;
+    // The sound server's device names, absent when no server answers; the kernel's sound
+    // card list stands in then, and when this is not set.
+    std::function<std::optional<QStringList>()> audioDevices;
 };
 
 // A one-shot inventory of the machine and its operating system. Every source is independent:

@@ -132,7 +132,9 @@ SystemInfo SystemInfoReader::read() const
     info.gpus = readGpus();
     info.opticalDrives = readOpticalDrives();
     info.peripherals = readPeripherals();
-    info.audioDevices = inventory::parseSoundCards(readFile(sources_.procRoot, QStringLiteral("asound/cards")));
+    const std::optional<QStringList> serverDevices = sources_.audioDevices ? sources_.audioDevices() : std::nullopt;
+    info.audioDevices = serverDevices ? *serverDevices
+                                      : inventory::parseSoundCards(readFile(sources_.procRoot, QStringLiteral("asound/cards")));
     if (sources_.readInterfaceAddresses)
         info.networkInterfaces = inventory::groupInterfaceAddresses(liveInterfaceAddresses());
     return info;

@@ -14,6 +14,7 @@ test_packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   python3 python3-dbusmock python3-dbus python3-gi dbus-daemon
   curl zip sqlite3 iproute2 wrk prometheus
+  pulseaudio pulseaudio-utils
 )
 
 packages=("${run_packages[@]}")

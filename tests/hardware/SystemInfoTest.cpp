@@ -66,6 +66,12 @@ TEST(SystemInfoReading, FixtureLaptopTree)
     // Root hubs and interfaces are not peripherals; two identical receivers appear once.
     EXPECT_EQ(info.peripherals, (QStringList{"Integrated Camera", "Synaptics, Inc. Device", "USB Receiver"}));
     EXPECT_EQ(info.audioDevices, (QStringList{"HD Pro Webcam C920", "HDA Intel PCH"}));
+    // A sound server that answers names the devices; one that does not leaves the cards.
+    SystemInfoSources withServer = sourcesAt(test::fixturePath(QStringLiteral("hardware/inventory-laptop")));
+    withServer.audioDevices = [] { return std::optional(QStringList{"Speakers"}); };
+    EXPECT_EQ(SystemInfo::current(withServer).audioDevices, QStringList{"Speakers"});
+    withServer.audioDevices = [] { return std::optional<QStringList>(); };
+    EXPECT_EQ(SystemInfo::current(withServer).audioDevices, info.audioDevices);
 
     // Of the fixture's mounts only those this machine can reach have a capacity; "/" always can.
     ASSERT_FALSE(info.volumes.isEmpty());
