@@ -2,7 +2,7 @@
 
 #include "core/Detached.h"
 #include "core/Property.h"
-#include "monitors/ProcFiles.h"
+#include "core/SmallFile.h"
 
 namespace tallowmere {
 

@@ -1,7 +1,7 @@
 #include "monitors/DiskMonitor.h"
 
 #include "core/Property.h"
-#include "monitors/ProcFiles.h"
+#include "core/SmallFile.h"
 
 #include <algorithm>
 

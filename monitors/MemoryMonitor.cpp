@@ -3,7 +3,7 @@
 #include "core/ChildProcess.h"
 #include "core/Detached.h"
 #include "core/Property.h"
-#include "monitors/ProcFiles.h"
+#include "core/SmallFile.h"
 
 #include <QDir>
 
