@@ -29,9 +29,11 @@ CPUSources linuxCPUSources(const std::string& procRoot)
     };
 }
 
-CPUMonitor::CPUMonitor(CPUSources sources, QObject* parent)
+CPUMonitor::CPUMonitor(CPUSources sources, std::shared_ptr<Scheduler> scheduler, QObject* parent)
     : QObject(parent)
     , sources_(std::move(sources))
+    , monitoringTask_(scheduler)
+    , processTask_(scheduler)
 {
 }
 

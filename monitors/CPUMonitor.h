@@ -48,7 +48,8 @@ public:
     static constexpr std::chrono::milliseconds samplePeriod{1000};
     static constexpr std::chrono::milliseconds processPeriod{2000};
 
-    explicit CPUMonitor(CPUSources sources = linuxCPUSources(), QObject* parent = nullptr);
+    explicit CPUMonitor(CPUSources sources = linuxCPUSources(),
+                        std::shared_ptr<Scheduler> scheduler = realScheduler(), QObject* parent = nullptr);
 
     double currentUsage() const { return currentUsage_; }
     double userUsage() const { return userUsage_; }

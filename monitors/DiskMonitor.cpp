@@ -28,9 +28,10 @@ DiskSources linuxDiskSources(const std::string& procRoot, const std::string& sys
     };
 }
 
-DiskMonitor::DiskMonitor(DiskSources sources, QObject* parent)
+DiskMonitor::DiskMonitor(DiskSources sources, std::shared_ptr<Scheduler> scheduler, QObject* parent)
     : QObject(parent)
     , sources_(std::move(sources))
+    , monitoringTask_(scheduler)
 {
 }
 

@@ -52,9 +52,11 @@ MemorySources linuxMemorySources(const std::string& procRoot, const std::string&
     };
 }
 
-MemoryMonitor::MemoryMonitor(MemorySources sources, QObject* parent)
+MemoryMonitor::MemoryMonitor(MemorySources sources, std::shared_ptr<Scheduler> scheduler, QObject* parent)
     : QObject(parent)
     , sources_(std::move(sources))
+    , monitoringTask_(scheduler)
+    , perProcessTask_(scheduler)
 {
 }
 

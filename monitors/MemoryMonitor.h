@@ -47,7 +47,8 @@ public:
     static constexpr std::chrono::milliseconds samplePeriod{1000};
     static constexpr std::chrono::milliseconds perProcessPeriod{2000};
 
-    explicit MemoryMonitor(MemorySources sources = linuxMemorySources(), QObject* parent = nullptr);
+    explicit MemoryMonitor(MemorySources sources = linuxMemorySources(),
+                           std::shared_ptr<Scheduler> scheduler = realScheduler(), QObject* parent = nullptr);
 
     double usagePercent() const { return usagePercent_; }
     double usedGB() const { return usedGB_; }

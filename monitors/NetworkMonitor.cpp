@@ -51,9 +51,11 @@ NetworkMonitorSources NetworkMonitorSources::system(const std::string& procRoot)
     return sources;
 }
 
-NetworkMonitor::NetworkMonitor(NetworkMonitorSources sources, QObject* parent)
+NetworkMonitor::NetworkMonitor(NetworkMonitorSources sources, std::shared_ptr<Scheduler> scheduler, QObject* parent)
     : QObject(parent)
     , sources_(std::move(sources))
+    , throughputTask_(scheduler)
+    , perAppTask_(scheduler)
 {
 }
 
