@@ -6,7 +6,7 @@
 
 namespace tallowmere {
 
-QString rawValue(ProcessSortField field)
+QString sortLabel(ProcessSortField field)
 {
     switch (field) {
     case ProcessSortField::cpu: return QStringLiteral("CPU usage");

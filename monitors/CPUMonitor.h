@@ -30,7 +30,8 @@ struct ProcessCPUUsage {
 };
 
 enum class ProcessSortField { cpu, memory, name };
-QString rawValue(ProcessSortField field);
+// The label of the sort choice on the CPU page.
+QString sortLabel(ProcessSortField field);
 
 // Where the monitor's readings come from; tests hand in their own.
 struct CPUSources {

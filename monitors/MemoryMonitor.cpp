@@ -10,7 +10,7 @@
 
 namespace tallowmere {
 
-QString rawValue(MemorySortField field)
+QString sortLabel(MemorySortField field)
 {
     return field == MemorySortField::memory ? QStringLiteral("Memory") : QStringLiteral("Name");
 }

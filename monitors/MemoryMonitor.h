@@ -29,7 +29,8 @@ struct ProcessMemoryUsage {
 };
 
 enum class MemorySortField { memory, name };
-QString rawValue(MemorySortField field);
+// The label of the sort choice on the memory page.
+QString sortLabel(MemorySortField field);
 
 struct MemorySources {
     std::function<std::optional<MemoryCounters>()> readCounters;
