@@ -11,4 +11,7 @@ namespace tallowmere {
 // so a pool that is rarely used holds no threads.
 std::unique_ptr<QThreadPool> makeWorkerPool(int maxThreads, QThread::Priority priority);
 
+// Waits until no pool made by makeWorkerPool runs or holds work; true when any had some.
+bool waitForWorkerPools();
+
 } // namespace tallowmere

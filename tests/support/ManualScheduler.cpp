@@ -1,6 +1,6 @@
 #include "tests/support/ManualScheduler.h"
 
-#include "core/Detached.h"
+#include "core/WorkerPool.h"
 
 #include <QCoreApplication>
 
@@ -50,11 +50,10 @@ void ManualScheduler::advance(std::chrono::milliseconds by)
 
 void finishDetachedWork()
 {
-    // A delivered result may start the next collection (a loop that sleeps 0), hence the loop.
-    do {
-        detachedPool().waitForDone();
+    // A delivered result may start the next piece of work, hence the loop.
+    while (waitForWorkerPools())
         QCoreApplication::sendPostedEvents();
-    } while (detachedPool().activeThreadCount() > 0);
+    QCoreApplication::sendPostedEvents();
 }
 
 } // namespace tallowmere::test

@@ -32,8 +32,8 @@ private:
     std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 
-// Waits for every collection running on the detached pool and delivers its result, so a test
-// knows a loop's round is complete without sleeping.
+// Waits for the work on every worker pool (detached collections, name lookups) and delivers
+// its results, so a test knows a loop's round is complete without sleeping.
 void finishDetachedWork();
 
 } // namespace tallowmere::test
