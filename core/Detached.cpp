@@ -1,20 +1,13 @@
 #include "core/Detached.h"
 
-#include <QThread>
+#include "core/WorkerPool.h"
 
 namespace tallowmere {
 
 QThreadPool& detachedPool()
 {
-    static QThreadPool pool;
-    static const bool configured = [] {
-        pool.setThreadPriority(QThread::LowPriority);
-        pool.setMaxThreadCount(2);
-        pool.setExpiryTimeout(30'000);
-        return true;
-    }();
-    (void)configured;
-    return pool;
+    static const std::unique_ptr<QThreadPool> pool = makeWorkerPool(2, QThread::LowPriority);
+    return *pool;
 }
 
 } // namespace tallowmere

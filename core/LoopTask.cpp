@@ -2,29 +2,32 @@
 
 namespace tallowmere {
 
-std::unique_ptr<LoopTask> LoopTask::start(std::chrono::milliseconds period, Body body)
+std::unique_ptr<LoopTask> LoopTask::start(std::chrono::milliseconds period, Body body,
+                                          std::shared_ptr<Scheduler> scheduler)
 {
-    return startAsync(period, [body = std::move(body)](Done done) {
-        body();
-        done();
-    });
+    return startAsync(
+        period,
+        [body = std::move(body)](Done done) {
+            body();
+            done();
+        },
+        std::move(scheduler));
 }
 
-std::unique_ptr<LoopTask> LoopTask::startAsync(std::chrono::milliseconds period, AsyncBody body)
+std::unique_ptr<LoopTask> LoopTask::startAsync(std::chrono::milliseconds period, AsyncBody body,
+                                               std::shared_ptr<Scheduler> scheduler)
 {
-    std::unique_ptr<LoopTask> task(new LoopTask(period, std::move(body)));
+    std::unique_ptr<LoopTask> task(new LoopTask(period, std::move(body), std::move(scheduler)));
     task->runBody();
     return task;
 }
 
-LoopTask::LoopTask(std::chrono::milliseconds period, AsyncBody body)
+LoopTask::LoopTask(std::chrono::milliseconds period, AsyncBody body, std::shared_ptr<Scheduler> scheduler)
     : period_(period)
     , body_(std::move(body))
+    , scheduler_(std::move(scheduler))
     , self_(std::make_shared<LoopTask*>(this))
 {
-    timer_.setSingleShot(true);
-    timer_.setTimerType(Qt::PreciseTimer);
-    connect(&timer_, &QTimer::timeout, this, &LoopTask::runBody);
 }
 
 LoopTask::~LoopTask()
@@ -36,7 +39,7 @@ LoopTask::~LoopTask()
 void LoopTask::cancel()
 {
     cancelled_ = true;
-    timer_.stop();
+    sleep_.reset();
 }
 
 void LoopTask::runBody()
@@ -54,9 +57,13 @@ void LoopTask::runBody()
 
 void LoopTask::bodyFinished(quint64 round)
 {
-    if (cancelled_ || round != round_ || timer_.isActive())
+    if (cancelled_ || round != round_ || sleep_)
         return;
-    timer_.start(period_);
+    sleep_ = scheduler_->sleep(period_, [this] {
+        // The ended sleep is let go only after the body, which may already arm the next one.
+        const std::unique_ptr<QObject> ended = std::move(sleep_);
+        runBody();
+    });
 }
 
 } // namespace tallowmere

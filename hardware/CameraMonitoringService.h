@@ -18,7 +18,7 @@ class CameraMonitoringService : public QObject {
 public:
     // A null `layer` means the kernel's video interface.
     explicit CameraMonitoringService(std::shared_ptr<VideoDeviceLayer> layer = {}, CameraRoots roots = {},
-                                     QObject* parent = nullptr);
+                                     std::shared_ptr<Scheduler> scheduler = realScheduler(), QObject* parent = nullptr);
     ~CameraMonitoringService() override;
 
     const std::vector<CameraDevice>& devices() const { return devices_; }
@@ -39,6 +39,7 @@ private:
     void startPolling();
 
     std::shared_ptr<const CameraScanner> scanner_;
+    std::shared_ptr<Scheduler> scheduler_;
     std::vector<CameraDevice> devices_;
     std::unique_ptr<LoopTask> pollTask_;
     bool pageActive_ = false;

@@ -1,5 +1,6 @@
 #include "hardware/CameraScanner.h"
 
+#include "core/ProcessFds.h"
 #include "hardware/CameraRules.h"
 
 #include <QDir>
@@ -7,7 +8,6 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <dirent.h>
 #include <unistd.h>
 
 namespace tallowmere {
@@ -31,42 +31,6 @@ std::optional<int> videoNumber(const QString& name)
     if (!ok || number < 0 || !std::all_of(name.begin() + 5, name.end(), [](QChar c) { return c.isDigit(); }))
         return std::nullopt;
     return number;
-}
-
-bool isNumeric(const char* name)
-{
-    if (*name == '\0')
-        return false;
-    for (; *name; ++name) {
-        if (*name < '0' || *name > '9')
-            return false;
-    }
-    return true;
-}
-
-// Closes a directory stream exactly once.
-struct DirCloser {
-    void operator()(DIR* dir) const { ::closedir(dir); }
-};
-using DirHandle = std::unique_ptr<DIR, DirCloser>;
-
-void collectVideoLinks(const std::string& fdPath, QSet<QString>& into)
-{
-    DirHandle dir(::opendir(fdPath.c_str()));
-    if (!dir)
-        return; // another user's process, or one that just ended
-    constexpr std::string_view prefix = "/dev/video";
-    char target[256];
-    while (const dirent* entry = ::readdir(dir.get())) {
-        if (entry->d_name[0] == '.')
-            continue;
-        const ssize_t length = ::readlinkat(::dirfd(dir.get()), entry->d_name, target, sizeof target);
-        if (length <= 0 || length == sizeof target)
-            continue;
-        const std::string_view link(target, static_cast<std::size_t>(length));
-        if (link.starts_with(prefix))
-            into.insert(QString::fromUtf8(link.data(), static_cast<qsizetype>(link.size())));
-    }
 }
 
 } // namespace
@@ -95,15 +59,13 @@ std::vector<QString> CameraScanner::videoNodeNames(const QString& devRoot)
 QSet<QString> CameraScanner::nodesHeldOpen(const QString& procRoot, int ownPid)
 {
     QSet<QString> held;
-    const std::string root = QFile::encodeName(procRoot).toStdString();
-    DirHandle proc(::opendir(root.c_str()));
-    if (!proc)
-        return held;
-    const std::string own = std::to_string(ownPid);
-    while (const dirent* entry = ::readdir(proc.get())) {
-        if (isNumeric(entry->d_name) && own != entry->d_name)
-            collectVideoLinks(root + '/' + entry->d_name + "/fd", held);
-    }
+    walkProcessFds(QFile::encodeName(procRoot).toStdString(), [&](const Directory&, int pid, std::string_view target) {
+        if (pid == ownPid)
+            return FdWalk::skipProcess;
+        if (target.starts_with("/dev/video"))
+            held.insert(QString::fromUtf8(target.data(), static_cast<qsizetype>(target.size())));
+        return FdWalk::next;
+    });
     return held;
 }
 

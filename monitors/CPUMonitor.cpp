@@ -2,11 +2,11 @@
 
 #include "core/Detached.h"
 #include "core/Property.h"
-#include "monitors/ProcFiles.h"
+#include "core/SmallFile.h"
 
 namespace tallowmere {
 
-QString rawValue(ProcessSortField field)
+QString sortLabel(ProcessSortField field)
 {
     switch (field) {
     case ProcessSortField::cpu: return QStringLiteral("CPU usage");
@@ -29,9 +29,11 @@ CPUSources linuxCPUSources(const std::string& procRoot)
     };
 }
 
-CPUMonitor::CPUMonitor(CPUSources sources, QObject* parent)
+CPUMonitor::CPUMonitor(CPUSources sources, std::shared_ptr<Scheduler> scheduler, QObject* parent)
     : QObject(parent)
     , sources_(std::move(sources))
+    , monitoringTask_(scheduler)
+    , processTask_(scheduler)
 {
 }
 

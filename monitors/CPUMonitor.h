@@ -30,7 +30,8 @@ struct ProcessCPUUsage {
 };
 
 enum class ProcessSortField { cpu, memory, name };
-QString rawValue(ProcessSortField field);
+// The label of the sort choice on the CPU page.
+QString sortLabel(ProcessSortField field);
 
 // Where the monitor's readings come from; tests hand in their own.
 struct CPUSources {
@@ -48,7 +49,8 @@ public:
     static constexpr std::chrono::milliseconds samplePeriod{1000};
     static constexpr std::chrono::milliseconds processPeriod{2000};
 
-    explicit CPUMonitor(CPUSources sources = linuxCPUSources(), QObject* parent = nullptr);
+    explicit CPUMonitor(CPUSources sources = linuxCPUSources(),
+                        std::shared_ptr<Scheduler> scheduler = realScheduler(), QObject* parent = nullptr);
 
     double currentUsage() const { return currentUsage_; }
     double userUsage() const { return userUsage_; }

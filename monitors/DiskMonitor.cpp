@@ -1,7 +1,7 @@
 #include "monitors/DiskMonitor.h"
 
 #include "core/Property.h"
-#include "monitors/ProcFiles.h"
+#include "core/SmallFile.h"
 
 #include <algorithm>
 
@@ -28,9 +28,10 @@ DiskSources linuxDiskSources(const std::string& procRoot, const std::string& sys
     };
 }
 
-DiskMonitor::DiskMonitor(DiskSources sources, QObject* parent)
+DiskMonitor::DiskMonitor(DiskSources sources, std::shared_ptr<Scheduler> scheduler, QObject* parent)
     : QObject(parent)
     , sources_(std::move(sources))
+    , monitoringTask_(scheduler)
 {
 }
 

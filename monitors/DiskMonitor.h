@@ -35,7 +35,8 @@ public:
     static constexpr int historyLimit = kHistoryLimit;
     static constexpr std::chrono::milliseconds samplePeriod{1000};
 
-    explicit DiskMonitor(DiskSources sources = linuxDiskSources(), QObject* parent = nullptr);
+    explicit DiskMonitor(DiskSources sources = linuxDiskSources(),
+                         std::shared_ptr<Scheduler> scheduler = realScheduler(), QObject* parent = nullptr);
 
     double usagePercent() const { return usagePercent_; }
     double usedGB() const { return usedGB_; }

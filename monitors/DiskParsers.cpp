@@ -1,12 +1,10 @@
 #include "monitors/DiskParsers.h"
 
-#include "monitors/ProcFiles.h"
+#include "core/Directory.h"
+#include "core/SmallFile.h"
 #include "monitors/TextScan.h"
 
-#include <dirent.h>
 #include <sys/statvfs.h>
-
-#include <memory>
 
 namespace tallowmere {
 
@@ -49,13 +47,8 @@ std::set<std::string> physicalDiskNames(const std::string& sysRoot)
 {
     std::set<std::string> names;
     const std::string block = sysRoot + "/block";
-    std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(block.c_str()), ::closedir);
-    if (!dir)
-        return names;
-    while (const dirent* entry = ::readdir(dir.get())) {
-        const std::string name = entry->d_name;
-        if (name == "." || name == "..")
-            continue;
+    Directory dir(block);
+    while (const char* name = dir.next()) {
         if (entryExists(block + "/" + name + "/device"))
             names.insert(name);
     }

@@ -3,44 +3,24 @@
 #include "core/ChildProcess.h"
 #include "core/Detached.h"
 #include "core/Property.h"
-#include "monitors/ProcFiles.h"
+#include "core/SmallFile.h"
+#include "monitors/ZramDevices.h"
 
-#include <QDir>
-
-#include <vector>
+#include <memory>
 
 namespace tallowmere {
 
-QString rawValue(MemorySortField field)
+QString sortLabel(MemorySortField field)
 {
     return field == MemorySortField::memory ? QStringLiteral("Memory") : QStringLiteral("Name");
 }
 
-namespace {
-
-// The mm_stat files of the zram devices below <sysRoot>/block.
-std::vector<std::string> zramStatPaths(const std::string& sysRoot)
-{
-    std::vector<std::string> paths;
-    const QDir block(QString::fromStdString(sysRoot + "/block"));
-    for (const QString& device : block.entryList({QStringLiteral("zram*")}, QDir::Dirs | QDir::System))
-        paths.push_back(sysRoot + "/block/" + device.toStdString() + "/mm_stat");
-    return paths;
-}
-
-} // namespace
-
 MemorySources linuxMemorySources(const std::string& procRoot, const std::string& sysRoot)
 {
-    // zram devices are set up at boot; look for them once rather than every second.
     return {
-        [path = procRoot + "/meminfo", zram = zramStatPaths(sysRoot), text = std::string()]() mutable
+        [path = procRoot + "/meminfo", zram = std::make_shared<ZramDevices>(sysRoot), text = std::string()]() mutable
         -> std::optional<MemoryCounters> {
-            std::uint64_t zramBytes = 0;
-            for (const std::string& statPath : zram) {
-                if (readSmallFile(statPath, text))
-                    zramBytes += parseZramMemUsed(text);
-            }
+            const std::uint64_t zramBytes = zram->memUsed();
             if (!readSmallFile(path, text))
                 return std::nullopt;
             return parseMemInfo(text, zramBytes);
@@ -52,9 +32,11 @@ MemorySources linuxMemorySources(const std::string& procRoot, const std::string&
     };
 }
 
-MemoryMonitor::MemoryMonitor(MemorySources sources, QObject* parent)
+MemoryMonitor::MemoryMonitor(MemorySources sources, std::shared_ptr<Scheduler> scheduler, QObject* parent)
     : QObject(parent)
     , sources_(std::move(sources))
+    , monitoringTask_(scheduler)
+    , perProcessTask_(scheduler)
 {
 }
 

@@ -29,7 +29,8 @@ struct ProcessMemoryUsage {
 };
 
 enum class MemorySortField { memory, name };
-QString rawValue(MemorySortField field);
+// The label of the sort choice on the memory page.
+QString sortLabel(MemorySortField field);
 
 struct MemorySources {
     std::function<std::optional<MemoryCounters>()> readCounters;
@@ -47,7 +48,8 @@ public:
     static constexpr std::chrono::milliseconds samplePeriod{1000};
     static constexpr std::chrono::milliseconds perProcessPeriod{2000};
 
-    explicit MemoryMonitor(MemorySources sources = linuxMemorySources(), QObject* parent = nullptr);
+    explicit MemoryMonitor(MemorySources sources = linuxMemorySources(),
+                           std::shared_ptr<Scheduler> scheduler = realScheduler(), QObject* parent = nullptr);
 
     double usagePercent() const { return usagePercent_; }
     double usedGB() const { return usedGB_; }

@@ -91,14 +91,13 @@ ProgramMemoryMap parsePsOutput(const QByteArray& output)
             continue;
         bool ok = false;
         const qulonglong kilobytes = line.mid(start, blank - start).toULongLong(&ok);
-        if (!ok)
+        // Kernel threads hold no memory of their own.
+        if (!ok || kilobytes == 0)
             continue;
-        const QString command = line.mid(blank + 1).trimmed().toString();
-        if (command.isEmpty())
-            continue;
-        QString name = command.mid(command.lastIndexOf(u'/') + 1);
+        // Linux prints the task name here, never a path: "kworker/u8:2" is one name.
+        const QString name = line.mid(blank + 1).trimmed().toString();
         if (name.isEmpty())
-            name = command;
+            continue;
         ProgramMemory& program = programs[name];
         program.bytes += kilobytes * 1024;
         program.processCount += 1;

@@ -35,8 +35,8 @@ struct ProgramMemory {
 };
 using ProgramMemoryMap = std::map<QString, ProgramMemory>;
 
-// Output of `ps -axo rss=,comm=` grouped by program name (last path component of the command).
-// Output that is not UTF-8 gives an empty map.
+// Output of `ps -axo rss=,comm=` grouped by the whole task name; processes without resident
+// memory (kernel threads) are left out. Output that is not UTF-8 gives an empty map.
 ProgramMemoryMap parsePsOutput(const QByteArray& output);
 
 } // namespace tallowmere

@@ -46,23 +46,26 @@ QList<Point> appendedHistory(QList<Point> history, Values... values)
 // stopping cancels the loop and empties the slot.
 class LoopSlot {
 public:
+    explicit LoopSlot(std::shared_ptr<Scheduler> scheduler) : scheduler_(std::move(scheduler)) {}
+
     template <class Body>
     void startIfEmpty(std::chrono::milliseconds period, Body body)
     {
         if (!task_)
-            task_ = LoopTask::start(period, std::move(body));
+            task_ = LoopTask::start(period, std::move(body), scheduler_);
     }
     template <class Body>
     void startAsyncIfEmpty(std::chrono::milliseconds period, Body body)
     {
         if (!task_)
-            task_ = LoopTask::startAsync(period, std::move(body));
+            task_ = LoopTask::startAsync(period, std::move(body), scheduler_);
     }
     void stop() { task_.reset(); }
     bool isEmpty() const { return !task_; }
     LoopTask* task() const { return task_.get(); }
 
 private:
+    std::shared_ptr<Scheduler> scheduler_;
     std::unique_ptr<LoopTask> task_;
 };
 

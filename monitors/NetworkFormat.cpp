@@ -1,7 +1,8 @@
 #include "monitors/NetworkFormat.h"
 
+#include "core/NumberFormat.h"
+
 #include <array>
-#include <cstdio>
 
 namespace tallowmere {
 
@@ -16,9 +17,7 @@ QString scaled(double value, const std::array<const char*, 5>& units, const char
         value /= 1024;
         ++unit;
     }
-    // printf rounding, so 9.95 KB and the like read exactly as the C formats would print them.
-    char number[64];
-    std::snprintf(number, sizeof number, (unit > 0 && value < 10) ? "%.1f" : "%.0f", value);
+    const std::string number = fixedNumber(value, (unit > 0 && value < 10) ? 1 : 0);
     return QLatin1String(number) + QLatin1String(separator) + QLatin1String(units[unit]);
 }
 

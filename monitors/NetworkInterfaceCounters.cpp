@@ -1,6 +1,6 @@
 #include "monitors/NetworkInterfaceCounters.h"
 
-#include "monitors/ProcFiles.h"
+#include "core/SmallFile.h"
 #include "monitors/TextScan.h"
 
 namespace tallowmere {

@@ -2,6 +2,7 @@
 
 #include "core/Detached.h"
 #include "core/Property.h"
+#include "core/WorkerPool.h"
 #include "monitors/NetworkFlowSource.h"
 #include "monitors/NetworkFlows.h"
 #include "monitors/NetworkInterfaceCounters.h"
@@ -9,8 +10,6 @@
 
 #include <QCoreApplication>
 #include <QPointer>
-#include <QThread>
-#include <QThreadPool>
 
 #include <cmath>
 #include <memory>
@@ -30,15 +29,8 @@ std::chrono::milliseconds toPeriod(double seconds)
 // never hold up the flow samples on the shared detached pool.
 QThreadPool& lookupPool()
 {
-    static QThreadPool pool;
-    static const bool configured = [] {
-        pool.setThreadPriority(QThread::IdlePriority);
-        pool.setMaxThreadCount(4);
-        pool.setExpiryTimeout(30'000);
-        return true;
-    }();
-    (void)configured;
-    return pool;
+    static const std::unique_ptr<QThreadPool> pool = makeWorkerPool(4, QThread::IdlePriority);
+    return *pool;
 }
 
 std::uint64_t grownBy(std::uint64_t now, std::uint64_t before)
@@ -59,9 +51,11 @@ NetworkMonitorSources NetworkMonitorSources::system(const std::string& procRoot)
     return sources;
 }
 
-NetworkMonitor::NetworkMonitor(NetworkMonitorSources sources, QObject* parent)
+NetworkMonitor::NetworkMonitor(NetworkMonitorSources sources, std::shared_ptr<Scheduler> scheduler, QObject* parent)
     : QObject(parent)
     , sources_(std::move(sources))
+    , throughputTask_(scheduler)
+    , perAppTask_(scheduler)
 {
 }
 

@@ -39,7 +39,7 @@ public:
     static constexpr double kDefaultPerAppInterval = 2.0;
 
     explicit NetworkMonitor(NetworkMonitorSources sources = NetworkMonitorSources::system(),
-                            QObject* parent = nullptr);
+                            std::shared_ptr<Scheduler> scheduler = realScheduler(), QObject* parent = nullptr);
     ~NetworkMonitor() override;
 
     // Published figures: rates in bytes per second, totals since the monitor was created.

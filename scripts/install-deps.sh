@@ -13,7 +13,7 @@ run_packages=(
 test_packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   python3 python3-dbusmock python3-dbus python3-gi dbus-daemon
-  curl zip sqlite3 iproute2 wrk prometheus
+  curl zip sqlite3 iproute2 wrk prometheus locales
   pulseaudio pulseaudio-utils
 )
 

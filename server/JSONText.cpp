@@ -1,5 +1,7 @@
 #include "server/JSONText.h"
 
+#include "core/NumberFormat.h"
+
 #include <nlohmann/json.hpp>
 
 #include <charconv>
@@ -153,15 +155,6 @@ private:
 };
 
 } // namespace
-
-std::optional<std::string> shortestNumber(double value)
-{
-    if (!std::isfinite(value))
-        return std::nullopt;
-    char buffer[64];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
-    return std::string(buffer, result.ptr);
-}
 
 std::optional<QByteArray> prettyJSON(const nlohmann::json& value)
 {

@@ -21,8 +21,4 @@ QByteArray prettyJSONOrEmpty(const nlohmann::json& value);
 // Compact JSON (no blanks), "{}" when the value cannot be written.
 QByteArray compactJSONOrEmpty(const nlohmann::json& value);
 
-// Shortest decimal text of a finite double that parses back to the same bits ("1", "0.1",
-// "1e+21"); absent for NaN and infinities.
-std::optional<std::string> shortestNumber(double value);
-
 } // namespace tallowmere

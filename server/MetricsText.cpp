@@ -1,6 +1,6 @@
 #include "server/MetricsText.h"
 
-#include "server/JSONText.h"
+#include "core/NumberFormat.h"
 
 #include <optional>
 #include <utility>

@@ -19,15 +19,6 @@ struct AppSettingsTest : ::testing::Test {
 };
 } // namespace
 
-TEST_F(AppSettingsTest, FreshUserHasOnlyRecordingOn)
-{
-    PreferencesStore prefs(path());
-    AppSettings settings(prefs);
-    EXPECT_FALSE(settings.menuBarEnabled());
-    EXPECT_FALSE(settings.localServerEnabled());
-    EXPECT_TRUE(settings.networkRecordingEnabled());
-}
-
 TEST_F(AppSettingsTest, RecordingFlagAcceptsBooleansAndNumbersOnly)
 {
     const std::pair<QByteArray, bool> cases[] = {
@@ -36,13 +27,14 @@ TEST_F(AppSettingsTest, RecordingFlagAcceptsBooleansAndNumbersOnly)
         {R"({"networkRecordingEnabled": 1})", true},
         {R"({"networkRecordingEnabled": "NO"})", true},
         {R"({"networkRecordingEnabled": null})", true},
+        {R"({})", true},
     };
     for (const auto& [json, expected] : cases) {
         store(json);
         PreferencesStore prefs(path());
         EXPECT_EQ(AppSettings(prefs).networkRecordingEnabled(), expected) << json.constData();
     }
-    // The other two switches take Booleans only.
+    // The other two switches are off unless a Boolean says otherwise.
     store(R"({"menuBarEnabled": 1, "localServerEnabled": "YES"})");
     PreferencesStore prefs(path());
     AppSettings settings(prefs);

@@ -1,11 +1,9 @@
 #include "core/Detached.h"
 #include "core/LoopTask.h"
 
-#include "tests/support/TestSupport.h"
+#include "tests/support/ManualScheduler.h"
 
 #include <QCoreApplication>
-#include <QTest>
-#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -14,40 +12,82 @@ using namespace std::chrono_literals;
 
 TEST(LoopTask, RunsAtOnceThenEveryPeriodUntilCancelled)
 {
+    auto scheduler = std::make_shared<test::ManualScheduler>();
     int rounds = 0;
-    auto loop = LoopTask::start(10ms, [&] { ++rounds; });
+    auto loop = LoopTask::start(1000ms, [&] { ++rounds; }, scheduler);
     EXPECT_EQ(rounds, 1);
-    ASSERT_TRUE(test::waitUntil([&] { return rounds >= 3; }));
+    scheduler->advance(999ms);
+    EXPECT_EQ(rounds, 1);
+    scheduler->advance(1ms);
+    EXPECT_EQ(rounds, 2);
+    scheduler->advance(3000ms);
+    EXPECT_EQ(rounds, 5);
+
+    // A new period applies from the next sleep; the one already begun keeps its length.
+    loop->setPeriod(250ms);
+    scheduler->advance(2000ms);
+    EXPECT_EQ(rounds, 6 + 4);
+
     loop->cancel();
     EXPECT_FALSE(loop->isRunning());
-    const int atCancel = rounds;
-    QTest::qWait(50);
-    EXPECT_EQ(rounds, atCancel);
+    EXPECT_EQ(scheduler->pending(), 0u);
+    scheduler->advance(10s);
+    EXPECT_EQ(rounds, 10);
 }
 
 TEST(LoopTask, AsyncBodySleepsOnlyAfterItsResultIsApplied)
 {
+    auto scheduler = std::make_shared<test::ManualScheduler>();
     int started = 0;
     int applied = 0;
-    auto loop = LoopTask::startAsync(5ms, [&](LoopTask::Done done) {
-        ++started;
-        runDetached(QCoreApplication::instance(),
-                    [] { QThread::msleep(20); return 1; },
-                    [&, done](int value) { applied += value; done(); });
-    });
-    ASSERT_TRUE(test::waitUntil([&] { return applied >= 3; }));
-    // Never two collections in flight at once.
-    EXPECT_LE(started - applied, 1);
-    loop.reset();
+    auto loop = LoopTask::startAsync(
+        1000ms,
+        [&](LoopTask::Done done) {
+            ++started;
+            runDetached(QCoreApplication::instance(), [] { return 1; }, [&, done](int value) {
+                applied += value;
+                done();
+            });
+        },
+        scheduler);
+    // However far time goes, the next round waits for the result of this one.
+    scheduler->advance(5s);
+    EXPECT_EQ(started, 1);
+    test::finishDetachedWork();
+    EXPECT_EQ(applied, 1);
+    // The period counts from the moment the result came in.
+    scheduler->advance(999ms);
+    EXPECT_EQ(started, 1);
+    scheduler->advance(1ms);
+    EXPECT_EQ(started, 2);
+    test::finishDetachedWork();
+    EXPECT_EQ(applied, 2);
 }
 
-TEST(LoopTask, DestroyingTheLoopIgnoresALateDone)
+TEST(LoopTask, LateOrRepeatedDoneIsIgnored)
 {
+    auto scheduler = std::make_shared<test::ManualScheduler>();
     LoopTask::Done pending;
     int rounds = 0;
-    auto loop = LoopTask::startAsync(1ms, [&](LoopTask::Done done) { ++rounds; pending = done; });
+    auto loop = LoopTask::startAsync(1000ms, [&](LoopTask::Done done) { ++rounds; pending = done; }, scheduler);
+    pending();
+    pending(); // a second call arms no second sleep
+    EXPECT_EQ(scheduler->pending(), 1u);
+    scheduler->advance(1000ms);
+    EXPECT_EQ(rounds, 2);
+
     loop.reset();
     pending();
-    QTest::qWait(20);
-    EXPECT_EQ(rounds, 1);
+    scheduler->advance(10s);
+    EXPECT_EQ(rounds, 2);
+}
+
+// The real scheduler: a short loop really runs again, on Qt's timers.
+TEST(LoopTask, RealSchedulerRunsOnTheEventLoop)
+{
+    int rounds = 0;
+    auto loop = LoopTask::start(1ms, [&] { ++rounds; });
+    while (rounds < 3)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    SUCCEED();
 }

@@ -1,11 +1,13 @@
 #include "monitors/CPUMonitor.h"
 
+#include "tests/support/ManualScheduler.h"
 #include "tests/support/TestSupport.h"
 
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <deque>
 
 using namespace tallowmere;
@@ -81,7 +83,6 @@ TEST(CPUParsers, ProcessStatLineWithBlanksAndParenthesesInTheName)
     EXPECT_FALSE(parseProcessStat("12 (truncated) S 1 1"));
     EXPECT_FALSE(parseProcessStat("x (a) S 1 1 1 0 -1 0 0 0 0 0 30 12 0 0 20 0 1 0 5 100 77 0"));
     EXPECT_FALSE(parseProcessStat("no parentheses at all"));
-    EXPECT_EQ(ticksToNanoseconds(250, 100), 2'500'000'000u);
     // A century of ticks must not overflow on the way to nanoseconds.
     EXPECT_EQ(ticksToNanoseconds(100ull * 3'153'600'000ull, 100), 3'153'600'000ull * 1'000'000'000ull);
 }
@@ -118,18 +119,6 @@ TEST(CPUMonitor, CountersWrappingPast32BitsGiveTheRightDifferences)
     EXPECT_DOUBLE_EQ(cpu.monitor.systemUsage(), 10.0);
 }
 
-TEST(CPUMonitor, HistoryKeepsTheNewestSixtyPointsWithRisingIds)
-{
-    ScriptedCPU cpu;
-    for (std::uint32_t i = 0; i <= 61; ++i)
-        cpu.readings.push_back(CPUTicks{i * 10, 0, i * 10, 0});
-    for (int i = 0; i <= 61; ++i)
-        cpu.monitor.sample();
-    ASSERT_EQ(cpu.monitor.history().size(), 60);
-    EXPECT_EQ(cpu.monitor.history().first().id, 1);
-    EXPECT_EQ(cpu.monitor.history().last().id, 60);
-}
-
 TEST(CPUMonitor, PerProcessRowsNeedTwoCyclesAndNeverGoNegative)
 {
     ScriptedCPU cpu;
@@ -162,13 +151,11 @@ TEST(CPUMonitor, PerProcessRowsNeedTwoCyclesAndNeverGoNegative)
 TEST(CPUMonitor, RealMachineTicksAndProcessWalk)
 {
     CPUMonitor monitor;
-    monitor.sample();
-    QThread::msleep(50);
-    monitor.sample();
-    // The tick counters move at 100 Hz per processor; after a short wait some have moved.
-    QThread::msleep(100);
-    monitor.sample();
-    ASSERT_FALSE(monitor.history().isEmpty());
+    // The tick counters move at 100 Hz per processor, so sampling soon publishes.
+    ASSERT_TRUE(test::waitUntil([&] {
+        monitor.sample();
+        return !monitor.history().isEmpty();
+    }));
     EXPECT_GE(monitor.currentUsage(), 0.0);
     EXPECT_LE(monitor.currentUsage(), 100.0);
 
@@ -179,11 +166,32 @@ TEST(CPUMonitor, RealMachineTicksAndProcessWalk)
     EXPECT_EQ(walk.names.at(self), QStringLiteral("tests_monitors"));
     EXPECT_TRUE(walk.cpuTime.contains(1));
 
-    // The loop publishes rows for this process after two cycles.
+}
+
+TEST(CPUMonitor, ProcessLoopPublishesFromItsSecondRoundEveryTwoSeconds)
+{
+    auto scheduler = std::make_shared<test::ManualScheduler>();
+    std::atomic<int> walks = 0;
+    CPUMonitor monitor(CPUSources{[] { return std::optional<CPUTicks>(); },
+                                  [&] {
+                                      const int walk = walks++;
+                                      return snapshotAt(2.0 * walk, {{1, 1'000'000'000ull * walk}});
+                                  }},
+                       scheduler);
+    QSignalSpy rows(&monitor, &CPUMonitor::processesChanged);
     monitor.startProcessMonitoring();
-    ASSERT_TRUE(test::waitUntil([&] { return !monitor.processes().isEmpty(); }, 8000));
-    EXPECT_TRUE(std::any_of(monitor.processes().begin(), monitor.processes().end(),
-                            [&](const ProcessCPUUsage& row) { return row.pid == self; }));
+    test::finishDetachedWork();
+    EXPECT_EQ(rows.count(), 0);
+    scheduler->advance(2s);
+    test::finishDetachedWork();
+    ASSERT_EQ(monitor.processes().size(), 1);
+    EXPECT_DOUBLE_EQ(monitor.processes().first().cpuPercent, 50.0);
+    scheduler->advance(2s);
+    test::finishDetachedWork();
+    EXPECT_EQ(walks.load(), 3);
     monitor.stopProcessMonitoring();
     EXPECT_EQ(monitor.processTask(), nullptr);
+    scheduler->advance(10s);
+    test::finishDetachedWork();
+    EXPECT_EQ(walks.load(), 3);
 }

@@ -1,29 +1,34 @@
 #include "monitors/CPUMonitoringService.h"
 #include "monitors/MemoryMonitoringService.h"
 
-#include "tests/support/TestSupport.h"
+#include "tests/support/ManualScheduler.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 using namespace tallowmere;
+using namespace std::chrono_literals;
 
 namespace {
 
 // Monitors that read nothing real and count their readings, so loops can be watched.
 struct CountingSources {
     int ticks = 0;
-    int programs = 0;
+    std::atomic<int> programs = 0;
+    std::shared_ptr<test::ManualScheduler> scheduler = std::make_shared<test::ManualScheduler>();
 
     std::unique_ptr<CPUMonitor> cpu()
     {
         return std::make_unique<CPUMonitor>(CPUSources{[this] { ++ticks; return std::optional<CPUTicks>(); },
-                                                       [] { return ProcessSnapshot{}; }});
+                                                       [] { return ProcessSnapshot{}; }},
+                                            scheduler);
     }
     std::unique_ptr<MemoryMonitor> memory()
     {
         return std::make_unique<MemoryMonitor>(MemorySources{
             [] { return std::optional<MemoryCounters>(); },
-            [this] { ++programs; return ProgramMemoryMap{}; }});
+            [this] { ++programs; return ProgramMemoryMap{}; }}, scheduler);
     }
 };
 
@@ -65,6 +70,14 @@ TEST(MonitoringService, OneLoopWhateverTheOrderOfFlagChanges)
     service.updateMonitoring();
     EXPECT_NE(service.monitor().monitoringTask(), nullptr);
     EXPECT_EQ(sources.ticks, 2);
+
+    // Then one sample a second, and none once the last consumer is gone.
+    sources.scheduler->advance(3s);
+    EXPECT_EQ(sources.ticks, 5);
+    service.setServerActive(false);
+    service.updateMonitoring();
+    sources.scheduler->advance(3s);
+    EXPECT_EQ(sources.ticks, 5);
 }
 
 TEST(MonitoringService, MemoryRunsItsPerProgramLoopWheneverActive)
@@ -74,7 +87,14 @@ TEST(MonitoringService, MemoryRunsItsPerProgramLoopWheneverActive)
     service.setServerActive(true);
     service.updateMonitoring();
     ASSERT_NE(service.monitor().perProcessTask(), nullptr);
-    ASSERT_TRUE(test::waitUntil([&] { return sources.programs == 1; }));
+    test::finishDetachedWork();
+    EXPECT_EQ(sources.programs, 1);
+    // Every two seconds, counted from the end of the previous collection.
+    sources.scheduler->advance(1999ms);
+    EXPECT_EQ(sources.programs, 1);
+    sources.scheduler->advance(1ms);
+    test::finishDetachedWork();
+    EXPECT_EQ(sources.programs, 2);
 
     service.setServerActive(false);
     service.updateMonitoring();

@@ -1,9 +1,9 @@
 #include "monitors/NetworkMonitor.h"
 
+#include "tests/support/ManualScheduler.h"
 #include "tests/support/TestSupport.h"
 
 #include <QSignalSpy>
-#include <QTest>
 
 #include <atomic>
 #include <mutex>
@@ -88,25 +88,25 @@ TEST(NetworkMonitorThroughput, BaselineRatesWrapAndHistoryLimit)
 TEST(NetworkMonitorFlows, DeltasFromTheSecondRoundFailedRoundsKeepTheBaselineNamesFollow)
 {
     FakeNetwork net;
-    net.names = {{"17.253.1.2", "apple.example"}};
+    net.names = {{"203.0.113.7", "mirror.example.org"}};
     NetworkMonitor monitor(net.sources());
     net.collectDeltas(monitor);
     auto& rounds = net.rounds;
-    const FlowKey safari{"Safari.812", "17.253.1.2"};
+    const FlowKey firefox{"firefox-esr.812", "203.0.113.7"};
 
-    monitor.processFlows({{safari, {100, 100}}}, kAt);
+    monitor.processFlows({{firefox, {100, 100}}}, kAt);
     EXPECT_TRUE(rounds.empty());
     monitor.processFlows({}, kAt + 2s);  // a failed sample
-    monitor.processFlows({{safari, {400, 150}}}, kAt + 4s);
+    monitor.processFlows({{firefox, {400, 150}}}, kAt + 4s);
     ASSERT_EQ(rounds.size(), 1u);
     // Covers both intervals; the name was not known yet when the delta was built.
-    EXPECT_EQ(rounds[0], (std::vector<FlowDelta>{{"Safari", "17.253.1.2", "17.253.1.2", 300, 50}}));
+    EXPECT_EQ(rounds[0], (std::vector<FlowDelta>{{"firefox-esr", "203.0.113.7", "203.0.113.7", 300, 50}}));
 
-    ASSERT_TRUE(test::waitUntil([&] { return monitor.hostNames().contains("17.253.1.2"); }));
-    monitor.processFlows({{safari, {500, 150}}}, kAt + 6s);
-    monitor.processFlows({{safari, {500, 150}}}, kAt + 8s);  // no growth, no callback
+    ASSERT_TRUE(test::waitUntil([&] { return monitor.hostNames().contains("203.0.113.7"); }));
+    monitor.processFlows({{firefox, {500, 150}}}, kAt + 6s);
+    monitor.processFlows({{firefox, {500, 150}}}, kAt + 8s);  // no growth, no callback
     ASSERT_EQ(rounds.size(), 2u);
-    EXPECT_EQ(rounds[1][0].host, "apple.example");
+    EXPECT_EQ(rounds[1][0].host, "mirror.example.org");
 }
 
 TEST(NetworkMonitorFlows, ReverseLookupsAreDeduplicatedAndFailuresCachedAsTheAddress)
@@ -120,9 +120,11 @@ TEST(NetworkMonitorFlows, ReverseLookupsAreDeduplicatedAndFailuresCachedAsTheAdd
     ASSERT_TRUE(test::waitUntil([&] { return resolved.count() == 2; }));
     EXPECT_EQ(monitor.hostNames().value("1.1.1.1"), "one.one.one.one");
     EXPECT_EQ(monitor.hostNames().value("192.0.2.9"), "192.0.2.9");
+    // Known now: asked again, it is not looked up; the next new address is.
     monitor.resolveHost("192.0.2.9");
-    QTest::qWait(50);
-    EXPECT_EQ(net.lookups.load(), 2);
+    monitor.resolveHost("192.0.2.10");
+    ASSERT_TRUE(test::waitUntil([&] { return resolved.count() == 3; }));
+    EXPECT_EQ(net.lookups.load(), 3);
 }
 
 TEST(NetworkMonitorFlows, LoopSamplesOffTheMainThreadAndARestartTakesANewBaseline)
@@ -130,25 +132,36 @@ TEST(NetworkMonitorFlows, LoopSamplesOffTheMainThreadAndARestartTakesANewBaselin
     FakeNetwork net;
     const FlowKey key{"curl.7", "1.1.1.1"};
     net.flowTables = {{{key, {0, 0}}}, {{key, {10, 1}}}, {{key, {30, 2}}}};
-    NetworkMonitor monitor(net.sources());
+    auto scheduler = std::make_shared<test::ManualScheduler>();
+    NetworkMonitor monitor(net.sources(), scheduler);
     net.collectDeltas(monitor);
     auto& rounds = net.rounds;
-    monitor.setPerAppInterval(0.02);
+    monitor.setPerAppInterval(2.0);
     monitor.startPerApp();
-    ASSERT_TRUE(test::waitUntil([&] { return rounds.size() >= 2; }));
+    test::finishDetachedWork();
+    EXPECT_EQ(net.flowSamples.load(), 1);
+    for (int round = 0; round < 2; ++round) {
+        scheduler->advance(1999ms);
+        EXPECT_EQ(net.flowSamples.load(), 1 + round);
+        scheduler->advance(1ms);
+        test::finishDetachedWork();
+    }
+    ASSERT_EQ(rounds.size(), 2u);
     EXPECT_EQ(rounds[0][0].inBytes, 10u);
     EXPECT_EQ(rounds[1][0].inBytes, 20u);
 
     monitor.stopPerApp();
-    const std::size_t roundsBefore = rounds.size();
-    {
-        std::lock_guard lock(net.mutex);
-        net.flowTables = {{{key, {1000, 1000}}}};
-    }
+    EXPECT_EQ(scheduler->pending(), 0u);
+    net.flowTables = {{{key, {1000, 1000}}}};
+    net.flowSamples = 0;
     monitor.startPerApp();
-    const int samplesAtRestart = net.flowSamples.load();
-    ASSERT_TRUE(test::waitUntil([&] { return net.flowSamples.load() >= samplesAtRestart + 3; }));
-    EXPECT_EQ(rounds.size(), roundsBefore);
+    test::finishDetachedWork();
+    for (int round = 0; round < 2; ++round) {
+        scheduler->advance(2s);
+        test::finishDetachedWork();
+    }
+    EXPECT_EQ(net.flowSamples.load(), 3);
+    EXPECT_EQ(rounds.size(), 2u) << "the first round after a restart is a baseline again";
 }
 
 TEST(NetworkMonitorFlows, DestroyingTheMonitorWithSampleAndLookupInFlightIsSafe)
@@ -168,7 +181,7 @@ TEST(NetworkMonitorFlows, DestroyingTheMonitorWithSampleAndLookupInFlightIsSafe)
     monitor->resolveHost("1.2.3.4");
     monitor.reset();
     *release = true;
-    QTest::qWait(50);
+    test::finishDetachedWork();
 }
 
 } // namespace

@@ -1,6 +1,10 @@
 #include "server/JSONText.h"
 #include "server/StatsSnapshot.h"
+#include "server/MetricsText.h"
 #include "tests/server/SnapshotSamples.h"
+#include "tests/support/CommaLocale.h"
+
+#include <QLocale>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -34,6 +38,22 @@ TEST(StatsSnapshotEncoding, NumbersAtFullPrecisionInShortestForm)
                                  "\"freeGB\" : 1e+21,", "\"totalGB\" : 5e-324,", "\"activeGB\" : 15.6,"})
         EXPECT_TRUE(text.contains(expected)) << expected;
     EXPECT_TRUE(encodeJSON(test::fullSnapshot().network).contains("\"sessionDownloadBytes\" : 18446744073709551615,"));
+}
+
+// What is served does not depend on the user's locale: byte for byte the same under a
+// locale whose decimal separator is a comma.
+TEST(StatsSnapshotEncoding, SameBytesUnderACommaLocale)
+{
+    const StatsSnapshot snapshot = test::fullSnapshot();
+    const QByteArray pretty = encodeJSON(snapshot);
+    const QByteArray metrics = metricsText(snapshot);
+    const test::ScopedCommaLocale comma;
+    if (!comma.unavailable().isEmpty())
+        GTEST_SKIP() << comma.unavailable().toStdString();
+    ASSERT_EQ(QLocale().toString(1.5), QStringLiteral("1,5")) << "the locale is not in force";
+    EXPECT_EQ(encodeJSON(snapshot), pretty);
+    EXPECT_EQ(metricsText(snapshot), metrics);
+    EXPECT_TRUE(pretty.contains("12.5"));
 }
 
 TEST(StatsSnapshotEncoding, AbsentOptionalsAreLeftOutAndTextsEscaped)

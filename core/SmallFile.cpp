@@ -1,4 +1,4 @@
-#include "monitors/ProcFiles.h"
+#include "core/SmallFile.h"
 
 #include "core/UniqueFd.h"
 
