@@ -35,6 +35,7 @@ AppServices::AppServices(Options options, QObject* parent)
     , cameraService_(std::make_unique<CameraMonitoringService>())
     , statsServer_(std::make_unique<StatsServer>(options_.serverPort))
     , updateService_(std::make_unique<UpdateService>(UpdateEnvironment::ofRunningProgram()))
+    , menuBarController_(std::make_unique<MenuBarController>())
 {
 }
 
@@ -86,7 +87,10 @@ void AppServices::launch(AppDelegate& delegate)
         return settings->menuBarEnabled() || settings->networkRecordingEnabled() || settings->localServerEnabled();
     };
 
+    menuBarController_->setServices(trayServices());
+    menuBarController_->openMainWindow = [&delegate] { delegate.applicationShouldHandleReopen(false); };
     applyMenuBarEnabled(effectiveMenuBarEnabled());
+    applyStatusItem(effectiveMenuBarEnabled());
     statsServer_->setServices({cpuService_.get(), memoryService_.get(), diskService_.get(), networkService_.get()});
     applyLocalServerEnabled(effectiveLocalServerEnabled());
     applyNetworkRecordingEnabled(effectiveNetworkRecordingEnabled());
@@ -130,11 +134,37 @@ void AppServices::applyNetworkRecordingEnabled(bool enabled)
     networkService_->updateMonitoring();
 }
 
+void AppServices::applyStatusItem(bool enabled)
+{
+    if (enabled)
+        menuBarController_->installStatusItem();
+    else
+        menuBarController_->removeStatusItem();
+}
+
+TrayServices AppServices::trayServices()
+{
+    // Until the per-application volume service joins the container the mixer lists nobody.
+    PopoverAudio audio{
+        .sessions = [] { return QList<AudioRowData>{}; },
+        .start = [] {},
+        .stop = [] {},
+        .setVolume = [](const QString&, double) {},
+        .toggleMute = [](const QString&) {},
+        .watch = {},
+    };
+    return {cpuService_.get(), memoryService_.get(), diskService_.get(), networkService_.get(),
+            batteryService_.get(), std::move(audio), powerService_.get(), keepAwakeService_.get()};
+}
+
 void AppServices::watchSwitches()
 {
     // Later changes come from the settings page; the values at launch were applied above.
     connect(settings_.get(), &AppSettings::menuBarEnabledChanged, this,
-            [this] { applyMenuBarEnabled(effectiveMenuBarEnabled()); });
+            [this] {
+                applyMenuBarEnabled(effectiveMenuBarEnabled());
+                applyStatusItem(effectiveMenuBarEnabled());
+            });
     connect(settings_.get(), &AppSettings::localServerEnabledChanged, this,
             [this] { applyLocalServerEnabled(settings_->localServerEnabled()); });
     connect(settings_.get(), &AppSettings::networkRecordingEnabledChanged, this,

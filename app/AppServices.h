@@ -11,6 +11,7 @@
 #include "power/KeepAwakeService.h"
 #include "power/PowerScheduleService.h"
 #include "server/StatsServer.h"
+#include "ui/tray/MenuBarController.h"
 #include "update/UpdateService.h"
 
 #include <QObject>
@@ -66,8 +67,7 @@ public:
     const Options& options() const { return options_; }
     PreferencesStore& preferences() { return preferences_; }
 
-    // Members, in construction order (the audio service and the tray controller take their
-    // places when they arrive):
+    // Members, in construction order (the audio service takes its place when it arrives):
     //  1 settings  2 cpuService  3 memoryService  4 diskService  5 batteryService
     //  6 audioService  7 powerService  8 keepAwakeService  9 networkService
     //  10 cameraService  11 statsServer  12 updateService  13 menuBarController
@@ -82,12 +82,16 @@ public:
     CameraMonitoringService& cameraService() { return *cameraService_; }
     StatsServer& statsServer() { return *statsServer_; }
     UpdateService& updateService() { return *updateService_; }
+    MenuBarController& menuBarController() { return *menuBarController_; }
 
 private:
     // The services whose loops follow the menu-bar and server switches, in the order they
     // are switched: CPU, memory, disk, network.
     std::vector<MonitoringService*> demandServices() const;
     void watchSwitches();
+    // The tray item follows the menu-bar switch: installed while it is on.
+    void applyStatusItem(bool enabled);
+    TrayServices trayServices();
 
     Options options_;
     PreferencesStore preferences_;
@@ -104,6 +108,7 @@ private:
     std::unique_ptr<CameraMonitoringService> cameraService_;
     std::unique_ptr<StatsServer> statsServer_;
     std::unique_ptr<UpdateService> updateService_;
+    std::unique_ptr<MenuBarController> menuBarController_;
 };
 
 } // namespace tallowmere
