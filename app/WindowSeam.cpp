@@ -2,6 +2,7 @@
 
 #include "app/AppServices.h"
 #include "ui/window/MainWindow.h"
+#include "ui/window/MainWindowController.h"
 
 #include <QApplication>
 #include <QWidget>
@@ -21,8 +22,21 @@ void WindowSeam::createMainWindow(AppServices& services)
 {
     if (window_)
         return;
-    window_ = std::make_unique<MainWindow>(services.cpuService(), services.memoryService(), services.diskService());
-    QObject::connect(window_.get(), &MainWindow::closed, window_.get(), [this] {
+    window_ = std::make_unique<MainWindowController>(WindowServices{
+        .preferences = services.preferences(),
+        .settings = services.settings(),
+        .statsServer = services.statsServer(),
+        .updateService = services.updateService(),
+        .launchAtLogin = LaunchAtLogin::forCurrentUser(),
+        .gatherInputs = &gatherMachineInputs,
+        .cpu = &services.cpuService(),
+        .memory = &services.memoryService(),
+        .disk = &services.diskService(),
+        .network = &services.networkService(),
+        .battery = &services.batteryService(),
+        .camera = &services.cameraService(),
+    });
+    QObject::connect(window_.get(), &MainWindowController::closed, window_.get(), [this] {
         if (onWindowClosed_)
             onWindowClosed_();
     });
@@ -32,9 +46,7 @@ void WindowSeam::showMainWindow()
 {
     if (!window_)
         return;
-    window_->show();
-    window_->raise();
-    window_->activateWindow();
+    window_->showWindow();
 }
 
 bool WindowSeam::hasVisibleWindow() const

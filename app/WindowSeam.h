@@ -7,7 +7,7 @@
 
 namespace tallowmere {
 
-class MainWindow;
+class MainWindowController;
 
 // The desktop side of the lifecycle: one main window; closing it is reported through
 // `onWindowClosed`. Linux has no per-application dock icon, so background mode only means
@@ -28,7 +28,7 @@ public:
 
 private:
     std::function<void()> onWindowClosed_;
-    std::unique_ptr<MainWindow> window_;
+    std::unique_ptr<MainWindowController> window_;
     bool foreground_ = false;
 };
 
