@@ -83,6 +83,8 @@ public:
     StatsServer& statsServer() { return *statsServer_; }
     UpdateService& updateService() { return *updateService_; }
     MenuBarController& menuBarController() { return *menuBarController_; }
+    // The eight services the tray item and its popover show.
+    TrayServices trayServices();
 
 private:
     // The services whose loops follow the menu-bar and server switches, in the order they
@@ -91,7 +93,6 @@ private:
     void watchSwitches();
     // The tray item follows the menu-bar switch: installed while it is on.
     void applyStatusItem(bool enabled);
-    TrayServices trayServices();
 
     Options options_;
     PreferencesStore preferences_;
