@@ -1,6 +1,6 @@
 #include "WindowTestKit.h"
 
-#include "ui/components/HoverButton.h"
+#include <QPushButton>
 #include "ui/components/Switch.h"
 #include "ui/components/Theme.h"
 #include "ui/pages/SettingsPage.h"
@@ -90,7 +90,7 @@ TEST_F(SettingsPageTest, ServerBlockFollowsTheSwitchAndCopiesTheShownEndpoint)
     EXPECT_EQ(endpoint, QStringLiteral("http://127.0.0.1:%1/mcp").arg(kit.server.listeningPort()));
     EXPECT_TRUE(child<QLabel>(*page, QStringLiteral("serverStatus"))->text().endsWith("Running"));
 
-    child<HoverButton>(*page, QStringLiteral("copyConfig"))->click();
+    child<QPushButton>(*page, QStringLiteral("copyConfig"))->click();
     const QString copied = QGuiApplication::clipboard()->text();
     EXPECT_EQ(copied, child<QLabel>(*page, QStringLiteral("clientConfig"))->text());
     EXPECT_TRUE(copied.contains(QStringLiteral("\"url\": \"") + endpoint + u'"'));
@@ -124,7 +124,7 @@ TEST_F(SettingsPageTest, UpdateSectionFollowsTheService)
     auto page = makePage(kit.dir.filePath(QStringLiteral("autostart")));
     page->show();
     auto* headline = child<QLabel>(*page, QStringLiteral("updateHeadline"));
-    auto* button = child<HoverButton>(*page, QStringLiteral("updateButton"));
+    auto* button = child<QPushButton>(*page, QStringLiteral("updateButton"));
     EXPECT_TRUE(headline->text().startsWith("Version "));
     EXPECT_EQ(button->text(), "Check for Updates");
 

@@ -1,7 +1,7 @@
 #include "WindowTestKit.h"
 
 #include "ui/components/InfoRow.h"
-#include "ui/components/HoverButton.h"
+#include <QPushButton>
 #include "ui/components/Theme.h"
 #include "ui/pages/InventoryPage.h"
 #include "ui/pages/LinuxTexts.h"

@@ -6,6 +6,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
+#include <QPushButton>
 
 namespace tallowmere {
 
@@ -92,6 +93,23 @@ QWidget* makeEmptyState(const Theme& theme, const QString& icon, const QString& 
     text->setAlignment(icon.isEmpty() ? Qt::AlignLeft | Qt::AlignVCenter : Qt::AlignCenter);
     layout->addWidget(text);
     return box;
+}
+
+QPushButton* makeActionButton(const Theme& theme, const QString& text, bool prominent, QWidget* parent)
+{
+    auto* button = new QPushButton(text, parent);
+    button->setCursor(Qt::PointingHandCursor);
+    button->setFont(Theme::font(10, QFont::Medium));
+    const QColor fill = prominent ? theme.colors.accent : theme.colors.track;
+    const QColor ink = prominent ? QColor(Qt::white) : theme.colors.text;
+    button->setStyleSheet(QStringLiteral("QPushButton { background: %1; color: %2; border: none; border-radius: %3px;"
+                                         " padding: 5px 12px; }"
+                                         "QPushButton:hover { background: %4; }"
+                                         "QPushButton:pressed { background: %5; }")
+                              .arg(fill.name(QColor::HexArgb), ink.name(QColor::HexArgb))
+                              .arg(theme.radii.control)
+                              .arg(fill.lighter(112).name(QColor::HexArgb), fill.darker(112).name(QColor::HexArgb)));
+    return button;
 }
 
 } // namespace tallowmere

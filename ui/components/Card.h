@@ -4,6 +4,7 @@
 #include <QWidget>
 
 class QLabel;
+class QPushButton;
 class QVBoxLayout;
 
 namespace tallowmere {
@@ -33,5 +34,9 @@ private:
 
 // A centred icon and message standing in for an empty list; without an icon, one quiet line.
 QWidget* makeEmptyState(const Theme& theme, const QString& icon, const QString& message, QWidget* parent = nullptr);
+
+// A rounded push button for the actions inside cards: `prominent` ones in the accent colour,
+// the others on the theme's track colour.
+QPushButton* makeActionButton(const Theme& theme, const QString& text, bool prominent, QWidget* parent = nullptr);
 
 } // namespace tallowmere

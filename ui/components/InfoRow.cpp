@@ -1,11 +1,12 @@
 #include "ui/components/InfoRow.h"
 
-#include "ui/components/HoverButton.h"
+#include "ui/components/Card.h"
 #include "ui/components/Icons.h"
 #include "ui/components/Theme.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPushButton>
 
 #include <algorithm>
 
@@ -42,9 +43,9 @@ InfoRow::InfoRow(const Theme& theme, const QString& label, const QString& value,
     layout->addStretch(1);
     layout->addWidget(value_label_);
     if (revealable) {
-        button_ = new HoverButton(theme, QString(), this);
+        button_ = makeActionButton(theme, QString(), false, this);
         button_->setObjectName(QStringLiteral("reveal:") + label);
-        connect(button_, &HoverButton::clicked, this, &InfoRow::toggleReveal);
+        connect(button_, &QPushButton::clicked, this, &InfoRow::toggleReveal);
         layout->addWidget(button_);
     }
     refresh();
@@ -82,7 +83,6 @@ void InfoRow::refresh()
     button_->setText(revealed_ ? QStringLiteral("Hide") : QStringLiteral("Reveal"));
     button_->setAccessibleName(button_->text() + u' ' + label_->text());
     button_->setIcon(Icons::tintedIcon(revealed_ ? QStringLiteral("eye.slash") : QStringLiteral("eye"), theme_.colors.text, 14));
-    button_->updateGeometry();
 }
 
 } // namespace tallowmere

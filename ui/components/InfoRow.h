@@ -3,10 +3,10 @@
 #include <QWidget>
 
 class QLabel;
+class QPushButton;
 
 namespace tallowmere {
 
-class HoverButton;
 struct Theme;
 
 // One label/value line of a card. A revealable row shows bullets in place of its value until
@@ -23,7 +23,7 @@ public:
     bool isRevealed() const { return revealed_; }
     // Flips a revealable row between hidden and shown.
     void toggleReveal();
-    HoverButton* revealButton() const { return button_; }
+    QPushButton* revealButton() const { return button_; }
 
     // The masked form of a value: one bullet per character, at least eight.
     static QString masked(const QString& value);
@@ -36,7 +36,7 @@ private:
     bool revealed_ = true;
     QLabel* label_;
     QLabel* value_label_;
-    HoverButton* button_ = nullptr;
+    QPushButton* button_ = nullptr;
 };
 
 } // namespace tallowmere

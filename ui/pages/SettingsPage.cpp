@@ -4,7 +4,6 @@
 #include "core/BuildInfo.h"
 #include "server/StatsServer.h"
 #include "ui/components/Card.h"
-#include "ui/components/HoverButton.h"
 #include "ui/components/Icons.h"
 #include "ui/components/InfoRow.h"
 #include "ui/components/Switch.h"
@@ -17,6 +16,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QSignalBlocker>
 
 namespace tallowmere {
@@ -177,10 +177,10 @@ QWidget* SettingsPage::makeServerBlock()
     config_->setPalette(block);
     layout->addWidget(config_);
 
-    auto* copy = new HoverButton(theme_, QStringLiteral("Copy config"), serverBlock_);
+    QPushButton* copy = makeActionButton(theme_, QStringLiteral("Copy config"), false, serverBlock_);
     copy->setObjectName(QStringLiteral("copyConfig"));
     copy->setIcon(Icons::tintedIcon(QStringLiteral("doc.on.doc"), theme_.colors.text, 14));
-    connect(copy, &HoverButton::clicked, this, &SettingsPage::copyConfig);
+    connect(copy, &QPushButton::clicked, this, &SettingsPage::copyConfig);
     layout->addWidget(copy, 0, Qt::AlignLeft);
     return serverBlock_;
 }
@@ -205,15 +205,15 @@ QWidget* SettingsPage::makeUpdateSection()
     texts->addWidget(updateHeadline_);
     texts->addWidget(updateDetail_);
     layout->addLayout(texts, 1);
-    updateButton_ = new HoverButton(theme_, QString(), box);
+    updateButton_ = makeActionButton(theme_, QString(), true, box);
     updateButton_->setObjectName(QStringLiteral("updateButton"));
-    connect(updateButton_, &HoverButton::clicked, this, [this] {
+    connect(updateButton_, &QPushButton::clicked, this, [this] {
         if (updates_.state().is(UpdateState::Kind::available))
             updates_.installUpdate();
         else
             updates_.checkForUpdates(true);
     });
-    layout->addWidget(updateButton_);
+    layout->addWidget(updateButton_, 0, Qt::AlignVCenter);
     return box;
 }
 
@@ -261,7 +261,6 @@ void SettingsPage::refresh()
     updateButton_->setVisible(update.button.has_value());
     updateButton_->setText(update.button.value_or(QString()));
     updateButton_->setAccessibleName(updateButton_->text());
-    updateButton_->updateGeometry();
 }
 
 void SettingsPage::copyConfig()

@@ -7,11 +7,11 @@
 
 class QLabel;
 class QProgressBar;
+class QPushButton;
 
 namespace tallowmere {
 
 class AppSettings;
-class HoverButton;
 class StatsServer;
 class Switch;
 class UpdateService;
@@ -57,7 +57,7 @@ private:
     QLabel* updateHeadline_ = nullptr;
     QLabel* updateDetail_ = nullptr;
     QProgressBar* updateBusy_ = nullptr;
-    HoverButton* updateButton_ = nullptr;
+    QPushButton* updateButton_ = nullptr;
 };
 
 } // namespace tallowmere

@@ -152,7 +152,9 @@ PageRecord motherboardPage(const PageInputs& in, PageRecord page)
     // Identifiers people should not share by accident stay masked until revealed.
     card.rows.append({QStringLiteral("Serial Number"), orUnknown(info.serialNumber), true, info.serialNumber.has_value()});
     card.rows.append({QStringLiteral("Hardware UUID"), orUnknown(info.platformUUID), true, info.platformUUID.has_value()});
-    page.tiles = {{QStringLiteral("Model"), info.displayModelName(), info.machine, QStringLiteral("rectangle.connected.to.line.below")}};
+    const QString model = info.displayModelName();
+    page.tiles = {{QStringLiteral("Model"), model, info.machine != model ? info.machine : std::nullopt,
+                   QStringLiteral("rectangle.connected.to.line.below")}};
     page.cards = {card};
     return page;
 }

@@ -39,15 +39,61 @@ SidebarSelection selectionOf(int key)
     return key == settingsKey ? SidebarSelection::settingsPage() : SidebarSelection::spec(static_cast<SpecCategory>(key));
 }
 
+QColor sidebarColor(const Theme& theme)
+{
+    return theme.dark ? theme.colors.window.lighter(125) : theme.colors.window.darker(103);
+}
+
+QString hex(const QColor& c)
+{
+    return c.name(QColor::HexArgb);
+}
+
 QString sidebarStyle(const Theme& theme)
 {
-    const QColor selected = Theme::withOpacity(theme.colors.accent, theme.dark ? 0.30 : 0.18);
-    return QStringLiteral("QListWidget { background: transparent; border: none; outline: none; }"
-                          "QListWidget::item { padding: 5px 8px; border-radius: 7px; margin: 1px 8px; color: %1; }"
-                          "QListWidget::item:selected { background: %2; color: %1; }"
-                          "QListWidget::item:hover:!selected { background: %3; }")
-        .arg(theme.colors.text.name(QColor::HexArgb), selected.name(QColor::HexArgb),
-             theme.colors.cardHover.name(QColor::HexArgb));
+    const QColor selected = Theme::withOpacity(theme.colors.accent, theme.dark ? 0.30 : 0.16);
+    return QStringLiteral("QListWidget { background: %1; border: none; outline: none; }"
+                          "QListWidget::item { padding: 5px 8px; border-radius: 7px; margin: 1px 8px; }"
+                          "QListWidget::item:selected { background: %2; color: %3; }"
+                          "QListWidget::item:hover:!selected { background: %4; }")
+        .arg(hex(sidebarColor(theme)), hex(selected), hex(theme.colors.text), hex(theme.colors.cardHover));
+}
+
+QString toolbarStyle(const Theme& theme)
+{
+    return QStringLiteral("QToolBar { background: %1; border: none; border-bottom: 1px solid %2; padding: 4px 8px;"
+                          " spacing: 4px; }"
+                          "QToolButton { border: none; border-radius: 6px; padding: 4px; }"
+                          "QToolButton:hover { background: %3; }")
+        .arg(hex(sidebarColor(theme)), hex(theme.colors.separator), hex(theme.colors.cardHover));
+}
+
+// Plain Qt widgets (scroll bars, the alert) drawn in the theme's colours.
+QPalette windowPalette(const Theme& theme)
+{
+    QPalette palette;
+    const Theme::Colors& c = theme.colors;
+    palette.setColor(QPalette::Window, c.window);
+    palette.setColor(QPalette::WindowText, c.text);
+    palette.setColor(QPalette::Base, c.card);
+    palette.setColor(QPalette::AlternateBase, c.cardHover);
+    palette.setColor(QPalette::Text, c.text);
+    palette.setColor(QPalette::Button, c.card);
+    palette.setColor(QPalette::ButtonText, c.text);
+    palette.setColor(QPalette::Highlight, c.accent);
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::PlaceholderText, c.tertiaryText);
+    palette.setColor(QPalette::ToolTipBase, c.card);
+    palette.setColor(QPalette::ToolTipText, c.text);
+    palette.setColor(QPalette::Light, c.cardHover);
+    palette.setColor(QPalette::Midlight, c.track);
+    palette.setColor(QPalette::Mid, c.track);
+    palette.setColor(QPalette::Dark, c.window.darker(130));
+    palette.setColor(QPalette::Shadow, QColor(0, 0, 0, 80));
+    palette.setColor(QPalette::Disabled, QPalette::WindowText, c.tertiaryText);
+    palette.setColor(QPalette::Disabled, QPalette::Text, c.tertiaryText);
+    palette.setColor(QPalette::Disabled, QPalette::ButtonText, c.tertiaryText);
+    return palette;
 }
 
 // What the detail column shows while nothing is selected.
@@ -86,14 +132,13 @@ MainWindow::MainWindow(const Theme& theme, WindowServices services, QWidget* par
     setObjectName(QStringLiteral("TallowmereMainWindow"));
     setWindowTitle(QStringLiteral("Tallowmere"));
     setMinimumSize(1080, 720);
-    QPalette palette = this->palette();
-    palette.setColor(QPalette::Window, theme.colors.window);
-    setPalette(palette);
+    setPalette(windowPalette(theme));
     setAutoFillBackground(true);
 
     buildToolbar();
     auto* splitter = new QSplitter(this);
     splitter->setChildrenCollapsible(false);
+    splitter->setHandleWidth(1);
     buildSidebar();
     splitter->addWidget(sidebar_);
     stack_ = new QStackedWidget(splitter);
@@ -119,6 +164,7 @@ void MainWindow::buildToolbar()
     toolbar->setFloatable(false);
     toolbar->setToolButtonStyle(Qt::ToolButtonIconOnly);
     toolbar->setIconSize(QSize(18, 18));
+    toolbar->setStyleSheet(toolbarStyle(theme_));
     toolbar->toggleViewAction()->setEnabled(false);
     setContextMenuPolicy(Qt::NoContextMenu);
     const QColor ink = theme_.colors.text;
@@ -156,10 +202,6 @@ void MainWindow::buildSidebar()
     sidebar_->setStyleSheet(sidebarStyle(theme_));
     sidebar_->setFrameShape(QFrame::NoFrame);
     sidebar_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    sidebar_->setAutoFillBackground(true);
-    QPalette palette = sidebar_->palette();
-    palette.setColor(QPalette::Window, theme_.dark ? theme_.colors.window.lighter(118) : theme_.colors.window.darker(104));
-    sidebar_->setPalette(palette);
 
     addSidebarHeader(QString());
     for (SpecCategory category : allSpecCategories())
@@ -182,7 +224,7 @@ void MainWindow::addSidebarHeader(const QString& title)
     item->setFlags(Qt::NoItemFlags);
     item->setData(Qt::UserRole, headerKey);
     item->setFont(Theme::font(9, QFont::DemiBold));
-    item->setForeground(theme_.colors.tertiaryText);
+    item->setForeground(theme_.colors.secondaryText);
     item->setSizeHint(QSize(0, title.isEmpty() ? 8 : 30));
 }
 
