@@ -1,11 +1,13 @@
 #include "app/PictureCommand.h"
 
 #include "app/AppServices.h"
+#include "app/WindowSeam.h"
 #include "core/Log.h"
 #include "ui/components/Theme.h"
 #include "ui/popover/MenuBarStatsPopover.h"
 #include "ui/tray/LiveIcon.h"
 #include "ui/tray/StripRenderer.h"
+#include "ui/window/WindowPictures.h"
 
 #include <QApplication>
 #include <QDir>
@@ -105,6 +107,10 @@ int runPictureCommand(const QString& directory)
     ok = save(StripRenderer::render(figures, 2, Qt::white), dir, QStringLiteral("strip.png")) && ok;
     ok = save(stripOnPanel(figures), dir, QStringLiteral("strip-on-panel.png")) && ok;
     ok = savePopover(services, dir) && ok;
+    // Every page of the main window, dark and light, with this machine's inventory.
+    for (const auto& [theme, suffix] : {std::pair(&Theme::darkTheme(), QString()), std::pair(&Theme::lightTheme(), QStringLiteral("light"))})
+        for (const auto& [name, image] : renderWindowPages(makeWindowServices(services), *theme, suffix))
+            ok = save(image, dir, name) && ok;
     services.applyMenuBarEnabled(false);
     return ok ? 0 : 1;
 }

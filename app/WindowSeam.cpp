@@ -11,18 +11,9 @@
 
 namespace tallowmere {
 
-WindowSeam::WindowSeam(std::function<void()> onWindowClosed)
-    : onWindowClosed_(std::move(onWindowClosed))
+WindowServices makeWindowServices(AppServices& services)
 {
-}
-
-WindowSeam::~WindowSeam() = default;
-
-void WindowSeam::createMainWindow(AppServices& services)
-{
-    if (window_)
-        return;
-    window_ = std::make_unique<MainWindowController>(WindowServices{
+    return WindowServices{
         .preferences = services.preferences(),
         .settings = services.settings(),
         .statsServer = services.statsServer(),
@@ -35,7 +26,21 @@ void WindowSeam::createMainWindow(AppServices& services)
         .network = &services.networkService(),
         .battery = &services.batteryService(),
         .camera = &services.cameraService(),
-    });
+    };
+}
+
+WindowSeam::WindowSeam(std::function<void()> onWindowClosed)
+    : onWindowClosed_(std::move(onWindowClosed))
+{
+}
+
+WindowSeam::~WindowSeam() = default;
+
+void WindowSeam::createMainWindow(AppServices& services)
+{
+    if (window_)
+        return;
+    window_ = std::make_unique<MainWindowController>(makeWindowServices(services));
     QObject::connect(window_.get(), &MainWindowController::closed, window_.get(), [this] {
         if (onWindowClosed_)
             onWindowClosed_();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/ForegroundSeam.h"
+#include "ui/window/WindowServices.h"
 
 #include <functional>
 #include <memory>
@@ -8,6 +9,9 @@
 namespace tallowmere {
 
 class MainWindowController;
+
+// What the main window is given from the container, with this machine as its inventory.
+WindowServices makeWindowServices(AppServices& services);
 
 // The desktop side of the lifecycle: one main window; closing it is reported through
 // `onWindowClosed`. Linux has no per-application dock icon, so background mode only means
