@@ -46,6 +46,12 @@ MenuBarStatsPopover::MenuBarStatsPopover(const TrayServices& services, QWidget* 
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidgetResizable(true);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // A thin, quiet scroll bar: the desktop's own would be light on the dark panel.
+    scroll->verticalScrollBar()->setStyleSheet(QStringLiteral(
+        "QScrollBar:vertical { background: transparent; width: 8px; margin: 2px; }"
+        "QScrollBar::handle:vertical { background: rgba(255, 255, 255, 56); border-radius: 2px; min-height: 32px; }"
+        "QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }"
+        "QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: none; }"));
     scroll->setWidget(buildContent(services));
     readStrip();
     auto* outer = new QVBoxLayout(this);
