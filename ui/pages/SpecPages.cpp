@@ -49,8 +49,8 @@ PageRecord summaryPage(const PageInputs& in, PageRecord page)
          info.storageFreeGB ? QString::asprintf("%.1f GB free", *info.storageFreeGB) : unknown,
          info.storageTotalGB ? std::optional(QStringLiteral("of ") + gigabytesText(*info.storageTotalGB)) : std::nullopt,
          QStringLiteral("internaldrive")},
-        {QStringLiteral("Graphics"), info.gpus.isEmpty() ? unknown : info.gpus.first(), graphicsSummary(info.gpus),
-         QStringLiteral("display")},
+        {QStringLiteral("Graphics"), info.gpus.isEmpty() ? noneDetected : info.gpus.first(),
+         info.gpus.isEmpty() ? std::nullopt : std::optional(graphicsSummary(info.gpus)), QStringLiteral("display")},
     };
     CardRecord platform{.title = QStringLiteral("Platform"), .icon = QStringLiteral("square.grid.2x2"),
                         .caption = QStringLiteral("Platform details")};
