@@ -15,6 +15,7 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QScreen>
+#include <QVBoxLayout>
 
 #include <gtest/gtest.h>
 
@@ -103,6 +104,23 @@ TEST_F(MainWindowTest, BackAndForwardFollowTheVisitedPages)
     EXPECT_TRUE(texts.contains("Select a Category"));
     EXPECT_TRUE(texts.contains("Choose a section from the sidebar to view system details."));
     EXPECT_EQ(window.history().entries().size(), 4) << "clearing the selection records nothing";
+}
+
+TEST(MainWindow, LivePagesGetTheirLiveCardsOnceWhenFirstShown)
+{
+    test::WindowTestKit kit;
+    QList<SpecCategory> filled;
+    WindowServices services = kit.services();
+    services.addLiveCards = [&filled](SpecCategory category, InventoryPage& page) {
+        filled.append(category);
+        page.liveCardsLayout()->addWidget(new QLabel(QStringLiteral("live")));
+    };
+    MainWindow window(Theme::darkTheme(), std::move(services));
+    for (SpecCategory category : allSpecCategories())
+        window.select(SidebarSelection::spec(category));
+    window.select(SidebarSelection::spec(SpecCategory::cpu));
+    EXPECT_EQ(filled, QList<SpecCategory>({SpecCategory::cpu, SpecCategory::ram, SpecCategory::battery, SpecCategory::storage,
+                                            SpecCategory::camera, SpecCategory::network}));
 }
 
 TEST_F(MainWindowTest, RefreshGathersAgainAndUpdatesBuiltPages)

@@ -143,7 +143,7 @@ QWidget* InventoryPage::makeTiles()
     for (const TileRecord& record : record_.tiles) {
         auto* tile = new Tile(theme_, record.icon, accent_, row);
         tile->setTexts(record.title, record.value, record.subtitle);
-        layout->addWidget(tile);
+        layout->addWidget(tile, 1);
     }
     // A single tile keeps its natural width instead of spanning the page.
     if (record_.tiles.size() < 3)

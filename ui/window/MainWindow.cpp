@@ -303,8 +303,12 @@ QWidget* MainWindow::pageFor(const SidebarSelection& selection)
     if (selection.settings)
         page = new SettingsPage(theme_, services_.settings, services_.statsServer, services_.updateService,
                                 services_.launchAtLogin, stack_);
-    else
-        page = new InventoryPage(theme_, makeSpecPage(selection.category, inputs_), stack_);
+    else {
+        auto* inventory = new InventoryPage(theme_, makeSpecPage(selection.category, inputs_), stack_);
+        if (inventory->record().hasLiveCards && services_.addLiveCards)
+            services_.addLiveCards(selection.category, *inventory);
+        page = inventory;
+    }
     stack_->addWidget(page);
     pages_.insert(key, page);
     return page;

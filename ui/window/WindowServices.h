@@ -12,6 +12,7 @@ class BatteryMonitoringService;
 class CameraMonitoringService;
 class CPUMonitoringService;
 class DiskMonitoringService;
+class InventoryPage;
 class MemoryMonitoringService;
 class NetworkMonitoringService;
 class PreferencesStore;
@@ -28,6 +29,8 @@ struct WindowServices {
     LaunchAtLogin launchAtLogin;
     // Gathers the inventory: at creation and again on Refresh.
     std::function<PageInputs()> gatherInputs;
+    // Fills the live-card area of a page that has one, once, when the page is first built.
+    std::function<void(SpecCategory, InventoryPage&)> addLiveCards{};
 
     CPUMonitoringService* cpu = nullptr;
     MemoryMonitoringService* memory = nullptr;
