@@ -74,9 +74,8 @@ PageRecord operatingSystemPage(const PageInputs& in, PageRecord page)
 {
     const SystemInfo& info = in.info;
     page.subtitle = info.osDisplayVersion();
-    page.tiles = {{QStringLiteral("Operating System"), info.osMarketingVersion,
-                   info.osKernelVersion ? std::optional(QStringLiteral("Kernel ") + *info.osKernelVersion) : std::nullopt,
-                   QStringLiteral("desktopcomputer")}};
+    page.tiles = {{QStringLiteral("Kernel"), orUnknown(info.osKernelVersion), std::nullopt, QStringLiteral("desktopcomputer")},
+                  {QStringLiteral("Computer Name"), orUnknown(info.osComputerName), std::nullopt, QStringLiteral("desktopcomputer")}};
     CardRecord card{.title = QStringLiteral("Operating System"), .icon = QStringLiteral("desktopcomputer")};
     card.rows = {
         {QStringLiteral("Version"), info.osMarketingVersion.isEmpty() ? info.osVersion : info.osMarketingVersion},
