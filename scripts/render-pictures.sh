@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Draws the tray icon, the strip and the dashboard with this machine's live figures into PNG
+# Draws the tray icon, the strip, the dashboard and the main window's pages with this machine's figures into PNG
 # files, without a display. The pictures shown in the README come from here.
 # Usage: scripts/render-pictures.sh [build-dir] [output-dir]
 set -euo pipefail
