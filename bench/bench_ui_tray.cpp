@@ -10,6 +10,9 @@
 #include "ui/tray/StripRenderer.h"
 
 #include <QApplication>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
 #include <QEventLoop>
 #include <QFile>
 #include <QTemporaryDir>
@@ -97,6 +100,18 @@ void waitMs(int ms)
     loop.exec();
 }
 
+// A panel's watcher on the session bus, when the bench runs on a bus without one, so the
+// item is published over D-Bus as on a desktop.
+class StandInWatcher : public QDBusVirtualObject {
+public:
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override
+    {
+        connection.send(message.createReply());
+        return true;
+    }
+    QString introspect(const QString&) const override { return {}; }
+};
+
 // The program as a user leaves it: launched with the tray on, the main window closed again.
 void BM_ProgramWithTrayIdle(benchmark::State& state)
 {
@@ -104,6 +119,12 @@ void BM_ProgramWithTrayIdle(benchmark::State& state)
     AppServices::Options options;
     options.preferencesPath = home.filePath(QStringLiteral("preferences.json"));
     options.serverPort = 0;
+    StandInWatcher watcher;
+    QDBusConnection panel = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("bench-panel"));
+    if (panel.isConnected() && !panel.interface()->isServiceRegistered(QString::fromLatin1(StatusNotifierItem::kWatcherService))) {
+        panel.registerVirtualObject(QStringLiteral("/StatusNotifierWatcher"), &watcher);
+        panel.registerService(QString::fromLatin1(StatusNotifierItem::kWatcherService));
+    }
     for (auto _ : state) {
         auto services = std::make_unique<AppServices>(options);
         services->settings().setMenuBarEnabled(true);
@@ -123,6 +144,7 @@ void BM_ProgramWithTrayIdle(benchmark::State& state)
         state.counters["cpu_percent_of_one_core"] = 100.0 * used / seconds;
         state.counters["resident_MB"] = double(residentKilobytes()) / 1024.0;
         state.counters["tray_item_installed"] = services->menuBarController().hasStatusItem();
+        state.counters["published_over_dbus"] = services->menuBarController().usesStatusNotifier();
         state.counters["popover_created"] = services->menuBarController().popover() != nullptr;
     }
 }
