@@ -175,8 +175,11 @@ void AudioSection::rebuild()
 {
     const QList<AudioRowData> sessions = audio_.sessions ? audio_.sessions() : QList<AudioRowData>{};
     // Rows keep their identity by position; surplus rows go, missing ones are added.
-    while (rows_.size() > sessions.size())
-        delete rows_.takeLast();
+    while (rows_.size() > sessions.size()) {
+        AudioAppRow* gone = rows_.takeLast();
+        gone->hide();
+        gone->deleteLater();
+    }
     for (qsizetype i = 0; i < sessions.size(); ++i) {
         if (i < rows_.size()) {
             rows_[i]->setSession(sessions[i]);
