@@ -23,7 +23,12 @@ MainWindowController::MainWindowController(WindowServices services, QObject* par
     });
 }
 
-MainWindowController::~MainWindowController() = default;
+MainWindowController::~MainWindowController()
+{
+    // Quitting with the window open keeps where it was, as closing it does.
+    if (window_->isVisible())
+        saveFrame();
+}
 
 void MainWindowController::restoreFrame()
 {
