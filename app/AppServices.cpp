@@ -96,6 +96,7 @@ AppServices::AppServices(AppEnvironment environment, QObject* parent)
     , statsServer_(std::make_unique<StatsServer>(environment_.serverPort,
                                                  [g = snapshotGatherer_.get()] { return g->makeSnapshot(); }))
     , updateService_(std::make_unique<UpdateService>(makeUpdateEnvironment(environment_)))
+    , menuBarController_(std::make_unique<MenuBarController>())
 {
 }
 
@@ -158,7 +159,10 @@ void AppServices::launch(AppLifecycle& lifecycle)
         return settings->menuBarEnabled() || settings->networkRecordingEnabled() || settings->localServerEnabled();
     };
 
+    menuBarController_->setServices(trayServices());
+    menuBarController_->openMainWindow = [&lifecycle] { lifecycle.onReopen(); };
     applyMenuBarEnabled(effectiveMenuBarEnabled());
+    applyStatusItem(effectiveMenuBarEnabled());
     applyLocalServerEnabled(effectiveLocalServerEnabled());
     applyNetworkRecordingEnabled(effectiveNetworkRecordingEnabled());
     updateService_->checkForUpdates(false);
@@ -203,11 +207,46 @@ void AppServices::applyNetworkRecordingEnabled(bool enabled)
     networkService_->updateMonitoring();
 }
 
+void AppServices::applyStatusItem(bool enabled)
+{
+    if (enabled)
+        menuBarController_->installStatusItem();
+    else
+        menuBarController_->removeStatusItem();
+}
+
+TrayServices AppServices::trayServices()
+{
+    AudioVolumeService* service = audioService_.get();
+    PopoverAudio audio{
+        .sessions =
+            [service] {
+                QList<AudioRowData> rows;
+                for (const AudioAppSession& s : service->sessions())
+                    rows.append({s.id, s.name, s.subtitle, s.volume, s.isMuted});
+                return rows;
+            },
+        .start = [service] { service->start(); },
+        .stop = [service] { service->stop(); },
+        .setVolume = [service](const QString& id, double percent) { service->setVolume(id, percent); },
+        .toggleMute = [service](const QString& id) { service->toggleMute(id); },
+        .watch =
+            [service](QObject* context, std::function<void()> changed) {
+                return QObject::connect(service, &AudioVolumeService::sessionsChanged, context, std::move(changed));
+            },
+    };
+    return {cpuService_.get(), memoryService_.get(), diskService_.get(), networkService_.get(),
+            batteryService_.get(), std::move(audio), powerService_.get(), keepAwakeService_.get()};
+}
+
 void AppServices::watchSwitches()
 {
     // Later changes come from the settings page; the values at launch were applied above.
     connect(settings_.get(), &AppSettings::menuBarEnabledChanged, this,
-            [this] { applyMenuBarEnabled(effectiveMenuBarEnabled()); });
+            [this] {
+                applyMenuBarEnabled(effectiveMenuBarEnabled());
+                applyStatusItem(effectiveMenuBarEnabled());
+            });
     connect(settings_.get(), &AppSettings::localServerEnabledChanged, this,
             [this] { applyLocalServerEnabled(settings_->localServerEnabled()); });
     connect(settings_.get(), &AppSettings::networkRecordingEnabledChanged, this,

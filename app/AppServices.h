@@ -15,6 +15,7 @@
 #include "power/KeepAwakeService.h"
 #include "power/PowerScheduleService.h"
 #include "server/StatsServer.h"
+#include "ui/tray/MenuBarController.h"
 #include "update/UpdateService.h"
 
 #include <QObject>
@@ -62,7 +63,7 @@ public:
     const AppEnvironment& environment() const { return environment_; }
     PreferencesStore& preferences() { return preferences_; }
 
-    // Members, in construction order (the tray controller takes its place when it arrives):
+    // Members, in construction order:
     //  1 settings  2 cpuService  3 memoryService  4 diskService  5 batteryService
     //  6 audioService  7 powerService  8 keepAwakeService  9 networkService
     //  10 cameraService  11 statsServer  12 updateService  13 menuBarController
@@ -80,12 +81,17 @@ public:
     UpdateService& updateService() { return *updateService_; }
     // What the server's documents are built from (not a service of its own).
     SnapshotGatherer& snapshotGatherer() { return *snapshotGatherer_; }
+    MenuBarController& menuBarController() { return *menuBarController_; }
+    // The eight services the tray item and its popover show.
+    TrayServices trayServices();
 
 private:
     // The services whose loops follow the menu-bar and server switches, in the order they
     // are switched: CPU, memory, disk, network.
     std::vector<MonitoringService*> demandServices() const;
     void watchSwitches();
+    // The tray item follows the menu-bar switch: installed while it is on.
+    void applyStatusItem(bool enabled);
 
     AppEnvironment environment_;
     PreferencesStore preferences_;
@@ -104,6 +110,7 @@ private:
     std::unique_ptr<SnapshotGatherer> snapshotGatherer_;
     std::unique_ptr<StatsServer> statsServer_;
     std::unique_ptr<UpdateService> updateService_;
+    std::unique_ptr<MenuBarController> menuBarController_;
 };
 
 } // namespace tallowmere

@@ -63,6 +63,15 @@ CommandLineResult parseCommandLine(const QStringList& arguments)
                 return {std::nullopt, QStringLiteral("%1 takes \"on\" or \"off\"").arg(name)};
             (name == u"--server" ? options.server : options.record) = flag;
             headlessOnlyOptionSeen = true;
+        } else if (name == u"--pictures") {
+            const auto value = takeValue();
+            if (!value || value->isEmpty())
+                return {std::nullopt, QStringLiteral("--pictures takes a folder")};
+            if (options.mode != RunOptions::Mode::gui && options.mode != RunOptions::Mode::help)
+                return {std::nullopt, QStringLiteral("--pictures goes alone")};
+            if (options.mode != RunOptions::Mode::help)
+                options.mode = RunOptions::Mode::pictures;
+            options.picturesDirectory = *value;
         } else if (name == u"--port") {
             const auto value = takeValue();
             bool ok = false;
@@ -100,6 +109,8 @@ QString commandLineHelp()
         "                    document, as GET /stats of the statistics server answers it.\n"
         "  --check-update    Check the update feed once and print the outcome. Exit status:\n"
         "                    0 up to date, 100 an update is available, 1 the check failed.\n"
+        "  --pictures DIR    Sample this machine for a few seconds and draw the tray icon, the\n"
+        "                    strip and the dashboard into PNG files in DIR (no display needed).\n"
         "  -h, --help        Show this text.\n"
         "\n"
         "Overrides apply to this run only; the saved settings are not changed.\n");

@@ -2,6 +2,7 @@
 
 #include "app/AppServices.h"
 #include "ui/window/MainWindow.h"
+#include "ui/window/MainWindowController.h"
 
 #include <QApplication>
 #include <QWidget>
@@ -9,6 +10,24 @@
 #include <algorithm>
 
 namespace tallowmere {
+
+WindowServices makeWindowServices(AppServices& services)
+{
+    return WindowServices{
+        .preferences = services.preferences(),
+        .settings = services.settings(),
+        .statsServer = services.statsServer(),
+        .updateService = services.updateService(),
+        .launchAtLogin = LaunchAtLogin::forCurrentUser(),
+        .gatherInputs = [&services] { return gatherMachineInputs(services.systemInfo()); },
+        .cpu = &services.cpuService(),
+        .memory = &services.memoryService(),
+        .disk = &services.diskService(),
+        .network = &services.networkService(),
+        .battery = &services.batteryService(),
+        .camera = &services.cameraService(),
+    };
+}
 
 WindowSeam::WindowSeam(std::function<void()> onWindowClosed)
     : onWindowClosed_(std::move(onWindowClosed))
@@ -21,8 +40,8 @@ void WindowSeam::createMainWindow(AppServices& services)
 {
     if (window_)
         return;
-    window_ = std::make_unique<MainWindow>(services.cpuService(), services.memoryService(), services.diskService());
-    QObject::connect(window_.get(), &MainWindow::closed, window_.get(), [this] {
+    window_ = std::make_unique<MainWindowController>(makeWindowServices(services));
+    QObject::connect(window_.get(), &MainWindowController::closed, window_.get(), [this] {
         if (onWindowClosed_)
             onWindowClosed_();
     });
@@ -32,17 +51,12 @@ void WindowSeam::showMainWindow()
 {
     if (!window_)
         return;
-    window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
-    window_->show();
-    window_->raise();
-    // On X11 this is the request for activation to the window manager (_NET_ACTIVE_WINDOW); one
-    // that prevents focus stealing may mark the window as wanting attention instead.
-    window_->activateWindow();
+    window_->showWindow();
 }
 
 QWidget* WindowSeam::mainWindow() const
 {
-    return window_.get();
+    return window_ ? &window_->window() : nullptr;
 }
 
 bool WindowSeam::hasVisibleWindow() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/ForegroundSeam.h"
+#include "ui/window/WindowServices.h"
 
 #include <QWidget>
 
@@ -9,7 +10,10 @@
 
 namespace tallowmere {
 
-class MainWindow;
+class MainWindowController;
+
+// What the main window is given from the container, with this machine as its inventory.
+WindowServices makeWindowServices(AppServices& services);
 
 // The desktop side of the lifecycle: one main window; closing it is reported through
 // `onWindowClosed`. Background mode only means that no window is up while the tray strip,
@@ -31,7 +35,7 @@ public:
 
 private:
     std::function<void()> onWindowClosed_;
-    std::unique_ptr<MainWindow> window_;
+    std::unique_ptr<MainWindowController> window_;
     bool foreground_ = false;
 };
 

@@ -2,6 +2,7 @@
 #include "app/AppServices.h"
 #include "app/CommandLine.h"
 #include "app/HeadlessSeam.h"
+#include "app/PictureCommand.h"
 #include "app/SingleInstance.h"
 #include "app/WindowSeam.h"
 #include "core/Log.h"
@@ -116,6 +117,17 @@ int runCheckUpdate(int argc, char** argv)
     return runCheckUpdateCommand(out);
 }
 
+int runPictures(int argc, char** argv, const RunOptions& run)
+{
+    // Pictures need no display: they are drawn off screen.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    const int result = runPictureCommand(run.picturesDirectory);
+    AppServices::destroyShared();
+    return result;
+}
+
 int runWithWindow(int argc, char** argv, const RunOptions& run)
 {
     QApplication app(argc, argv);
@@ -166,6 +178,8 @@ int main(int argc, char** argv)
         return runSnapshot(argc, argv);
     case RunOptions::Mode::checkUpdate:
         return runCheckUpdate(argc, argv);
+    case RunOptions::Mode::pictures:
+        return runPictures(argc, argv, run);
     case RunOptions::Mode::gui:
         if (!hasDisplay()) {
             std::fputs("[Tallowmere] no display found (neither DISPLAY nor WAYLAND_DISPLAY is set); running headless\n",

@@ -6,7 +6,7 @@ set -euo pipefail
 
 run_packages=(
   cmake ninja-build g++ pkg-config ccache
-  qt6-base-dev libgl-dev libegl-dev
+  qt6-base-dev qt6-svg-dev libgl-dev libegl-dev
   libsqlite3-dev nlohmann-json3-dev libpulse-dev
   procps unzip dbus hwdata pkexec
 )
