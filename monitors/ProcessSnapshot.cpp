@@ -29,7 +29,8 @@ ProcessSnapshot collectProcessSnapshot(const std::string& procRoot)
 
     UniqueFd rootFd(::open(procRoot.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     // fdopendir takes over its descriptor, so hand it a duplicate and keep ours for openat.
-    std::unique_ptr<DIR, DirCloser> dir(rootFd ? ::fdopendir(::dup(rootFd.get())) : nullptr);
+    // The duplicate is close-on-exec too, or a child started meanwhile would inherit it.
+    std::unique_ptr<DIR, DirCloser> dir(rootFd ? ::fdopendir(::fcntl(rootFd.get(), F_DUPFD_CLOEXEC, 0)) : nullptr);
     if (dir) {
         std::string text;
         char path[64];
