@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the fuzz targets with clang and runs each over its seed corpus.
 #   fuzz/run.sh [executions] [target...]
-# executions: runs per target (default 100000). FUZZ_SECONDS caps each target's time as well.
+# executions: runs per target (default 100000). FUZZ_SECONDS caps each target's time as well;
+# FUZZ_TIMEOUT (seconds, default 10) is how long one input may take before it counts as a hang.
 # New inputs the fuzzer finds go to build-fuzz/corpus/<target>, crashes to build-fuzz/findings/.
 set -euo pipefail
 
@@ -27,7 +28,7 @@ for target in "${targets[@]}"; do
   [[ -n ${FUZZ_SECONDS:-} ]] && limit=(-max_total_time="$FUZZ_SECONDS")
   echo "== $target: $runs executions"
   if ! ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
-      "$build/fuzz_$target" -runs="$runs" "${limit[@]}" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
+      "$build/fuzz_$target" -runs="$runs" "${limit[@]}" -timeout="${FUZZ_TIMEOUT:-10}" -rss_limit_mb=2048 -print_final_stats=1 \
       -artifact_prefix="$build/findings/$target-" "$build/corpus/$target" "$here/corpus/$target" >"$log" 2>&1; then
     status=1
     echo "   FAILED, see $log"
