@@ -1,7 +1,9 @@
 #include "update/UpdateSignature.h"
 
 #include <QFile>
+#include <QScopeGuard>
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 
 #include <memory>
@@ -46,6 +48,9 @@ bool verifyEd25519(QByteArrayView message, QByteArrayView signature, QByteArrayV
 
 bool verifyFileSignature(const QString& path, QByteArrayView signature, QByteArrayView publicKey)
 {
+    // This runs on a pool thread, which OpenSSL gives an error state of its own that it would
+    // otherwise keep until the thread ends; hand it back once done.
+    const auto releaseThreadState = qScopeGuard([] { OPENSSL_thread_stop(); });
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return false;
