@@ -1,7 +1,7 @@
 // The tray's cost: one redraw of everything the panel gets when a figure changes, and the
 // whole program running for a minute with the tray on, the popover closed and the main window
 // closed (its resident memory counts the window and the popover, both created).
-#include "app/AppDelegate.h"
+#include "app/AppLifecycle.h"
 #include "app/AppServices.h"
 #include "app/WindowSeam.h"
 #include "ui/tray/LiveIcon.h"
@@ -116,8 +116,10 @@ public:
 void BM_ProgramWithTrayIdle(benchmark::State& state)
 {
     QTemporaryDir home;
-    AppServices::Options options;
-    options.preferencesPath = home.filePath(QStringLiteral("preferences.json"));
+    AppEnvironment options = AppEnvironment::forThisMachine();
+    options.roots.config = home.path();
+    options.roots.data = home.path();
+    options.feedUrl = QUrl();
     options.serverPort = 0;
     StandInWatcher watcher;
     QDBusConnection panel = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("bench-panel"));
@@ -129,7 +131,7 @@ void BM_ProgramWithTrayIdle(benchmark::State& state)
         auto services = std::make_unique<AppServices>(options);
         services->settings().setMenuBarEnabled(true);
         WindowSeam seam([] {});
-        AppDelegate delegate(seam, [&]() -> AppServices& { return *services; });
+        AppLifecycle delegate(seam, [&]() -> AppServices& { return *services; });
         services->launch(delegate);
         seam.showMainWindow();
         waitMs(3000);

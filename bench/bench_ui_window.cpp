@@ -1,7 +1,7 @@
 // The main window: shown to the first paint of Summary, switching pages, resident memory of the
 // windowed program with every page visited, and whether anything still samples once the
 // window is closed. Drawn on the offscreen platform.
-#include "app/AppDelegate.h"
+#include "app/AppLifecycle.h"
 #include "app/AppServices.h"
 #include "app/WindowSeam.h"
 #include "monitors/CPUMonitor.h"
@@ -65,8 +65,10 @@ struct Program {
         prefs.open(QIODevice::WriteOnly);
         prefs.write(R"({"menuBarEnabled": false, "localServerEnabled": false, "networkRecordingEnabled": false})");
         prefs.close();
-        AppServices::Options options;
-        options.preferencesPath = prefs.fileName();
+        AppEnvironment options = AppEnvironment::forThisMachine();
+        options.roots.config = dir.path();
+        options.roots.data = dir.path();
+        options.feedUrl = QUrl();
         options.serverPort = 0;
         services = std::make_unique<AppServices>(options);
     }
@@ -171,9 +173,9 @@ static void BM_WindowedProgramMemoryAndIdleAfterClose(benchmark::State& state)
     Program program;
     AppServices& services = *program.services;
     WindowSeam seam({});
-    AppDelegate delegate(seam, [&services]() -> AppServices& { return services; });
+    AppLifecycle delegate(seam, [&services]() -> AppServices& { return services; });
     for (auto _ : state) {
-        delegate.applicationDidFinishLaunching();
+        delegate.onLaunchFinished();
         QApplication::processEvents();
         QApplication::processEvents();
         auto* window = qobject_cast<MainWindow*>(QApplication::activeWindow());

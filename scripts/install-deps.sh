@@ -7,7 +7,7 @@ set -euo pipefail
 run_packages=(
   cmake ninja-build g++ pkg-config ccache
   qt6-base-dev qt6-svg-dev libgl-dev libegl-dev
-  libsqlite3-dev nlohmann-json3-dev libpulse-dev
+  libsqlite3-dev nlohmann-json3-dev libpulse-dev libssl-dev
   procps unzip dbus hwdata pkexec
 )
 test_packages=(

@@ -8,11 +8,21 @@ QByteArray frameResponse(const HTTPResponse& response)
     out.reserve(160 + response.contentType.size() + response.body.size());
     out += "HTTP/1.1 ";
     out += response.status;
-    out += "\r\nContent-Type: ";
-    out += response.contentType;
-    out += "\r\nContent-Length: ";
-    out += QByteArray::number(response.body.size());
-    out += "\r\nAccess-Control-Allow-Origin: *\r\nConnection: close\r\n\r\n";
+    // A 204 carries neither a body nor the headers that describe one.
+    if (!response.status.startsWith("204")) {
+        out += "\r\nContent-Type: ";
+        out += response.contentType;
+        out += "\r\nContent-Length: ";
+        out += QByteArray::number(response.body.size());
+    }
+    out += "\r\nVary: Origin";
+    for (const auto& [name, value] : response.headers) {
+        out += "\r\n";
+        out += name;
+        out += ": ";
+        out += value;
+    }
+    out += "\r\nConnection: close\r\n\r\n";
     out += response.body;
     return out;
 }

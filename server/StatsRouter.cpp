@@ -1,5 +1,6 @@
 #include "server/StatsRouter.h"
 
+#include "server/LoopbackAccess.h"
 #include "server/MetricsText.h"
 
 namespace tallowmere {
@@ -10,7 +11,18 @@ StatsRouter::StatsRouter(SnapshotSource snapshot)
 {
 }
 
-HTTPResponse StatsRouter::route(const HTTPRequest& request) const
+HTTPResponse StatsRouter::route(const HTTPRequest& request, quint16 port) const
+{
+    if (std::optional<HTTPResponse> refusal = refuseForeignRequest(request, port))
+        return *refusal;
+    if (std::optional<HTTPResponse> preflight = answerPreflight(request))
+        return *preflight;
+    HTTPResponse response = answer(request);
+    allowRequestingOrigin(response, request);
+    return response;
+}
+
+HTTPResponse StatsRouter::answer(const HTTPRequest& request) const
 {
     const QString& method = request.method;
     const QString& path = request.path;

@@ -36,7 +36,7 @@ StatsServer::StatsServer(quint16 port, SnapshotSource snapshot, QObject* parent)
     , snapshot_(snapshot)
     , router_(std::move(snapshot))
     , connections_(std::make_unique<ConnectionPool>(
-          [this](const HTTPRequest& request) { return router_.route(request); }))
+          [this](const HTTPRequest& request) { return router_.route(request, listeningPort()); }))
 {
 }
 

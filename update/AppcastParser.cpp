@@ -107,6 +107,8 @@ QString* AppcastParser::fieldFor(QStringView name)
         return &notes_;
     if (name == u"minimumSystemVersion")
         return &minimumSystemVersion_;
+    if (name == u"signature")
+        return &signature_;
     return nullptr;
 }
 
@@ -126,6 +128,12 @@ AppcastParser::Result AppcastParser::finish() const
     const QString minimum = minimumSystemVersion_.trimmed();
     if (!minimum.isEmpty())
         update.minimumSystemVersion = minimum;
+    // A missing or unreadable signature is no reason to hide the offer; the archive it stands
+    // for will simply not verify, and the user is told so.
+    const auto signature = QByteArray::fromBase64Encoding(signature_.trimmed().toLatin1(),
+                                                          QByteArray::AbortOnBase64DecodingErrors);
+    if (signature)
+        update.signature = signature.decoded;
     return update;
 }
 

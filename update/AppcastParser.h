@@ -16,7 +16,8 @@ namespace tallowmere {
 std::optional<qint64> parseBuildNumber(QStringView text);
 
 // Reads the update entry out of a feed document. What counts is the character data of the
-// elements named version, build, url, releaseNotes and minimumSystemVersion wherever they sit;
+// elements named version, build, url, releaseNotes, minimumSystemVersion and signature
+// (base64) wherever they sit;
 // text is appended to the field of the element opened last, so repeated elements concatenate.
 class AppcastParser {
 public:
@@ -37,6 +38,7 @@ private:
     QString url_;
     QString notes_;
     QString minimumSystemVersion_;
+    QString signature_;
 };
 
 } // namespace tallowmere

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QUrl>
 
@@ -14,6 +15,8 @@ struct AvailableUpdate {
     QUrl downloadURL;
     QString releaseNotes;
     std::optional<QString> minimumSystemVersion;
+    // Ed25519 signature of the archive (raw bytes); empty when the feed had none readable.
+    QByteArray signature;
 
     bool operator==(const AvailableUpdate&) const = default;
 };

@@ -1,10 +1,12 @@
 #include "update/UpdateEnvironment.h"
 
 #include "core/BuildInfo.h"
+#include "update/UpdateSignature.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QHostAddress>
 
 namespace tallowmere {
 
@@ -14,6 +16,20 @@ QUrl updateFeedAddress()
     if (!overridden.isEmpty())
         return QUrl(overridden);
     return QUrl(QString::fromUtf8(build::updateFeedDefault));
+}
+
+bool isAllowedUpdateAddress(const QUrl& url)
+{
+    if (!url.isValid() || url.host().isEmpty())
+        return false;
+    const QString scheme = url.scheme().toLower();
+    if (scheme == QLatin1String("https"))
+        return true;
+    if (scheme != QLatin1String("http"))
+        return false;
+    // QUrl gives hosts in lower case and IPv6 addresses without brackets.
+    const QString host = url.host();
+    return host == QLatin1String("localhost") || QHostAddress(host).isLoopback();
 }
 
 std::optional<QString> installedAppFolder(const QString& programPath)
@@ -39,6 +55,8 @@ UpdateEnvironment UpdateEnvironment::ofRunningProgram()
     environment.temporaryDirectory = QDir::tempPath();
     environment.processId = QCoreApplication::applicationPid();
     environment.quit = [] { QCoreApplication::quit(); };
+    environment.runtimeDirectory = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    environment.publicKey = decodePublicKey(build::updatePublicKey);
     return environment;
 }
 

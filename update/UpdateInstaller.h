@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include <optional>
@@ -14,6 +15,8 @@ struct InstallJob {
     QString scriptPath;
     QString installedApp;
     qint64 processId = 0;
+    QByteArray signature; // from the feed, raw
+    QByteArray publicKey; // compiled in, raw
 };
 
 struct LocatedApp {
@@ -26,9 +29,11 @@ struct LocatedApp {
 // hold bin/tallowmere, or there would be nothing to start after the swap.
 LocatedApp locateNewApp(const QString& folder);
 
-// Unpacks the archive, finds the new copy, writes the install script and starts it detached.
-// Blocks while the archive tool runs, so call it from a worker thread. Returns the message to
-// show when a step fails, nothing once the script is running.
+// Verifies the archive's signature, unpacks it (refusing entries and links that leave the
+// unpacking folder), finds the new copy, writes the install script (readable by us only) and
+// starts it detached. Nothing is unpacked from an archive that does not verify. Blocks while
+// the archive tool runs, so call it from a worker thread. Returns the message to show when a
+// step fails, nothing once the script is running.
 std::optional<QString> unpackAndStartInstaller(const InstallJob& job);
 
 } // namespace tallowmere

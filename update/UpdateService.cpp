@@ -2,6 +2,7 @@
 
 #include "core/Detached.h"
 #include "update/AppcastParser.h"
+#include "update/PrivateFolder.h"
 #include "update/UpdateError.h"
 #include "update/UpdateInstaller.h"
 
@@ -21,6 +22,7 @@ namespace {
 
 // Without a limit a stalled server would keep a check "under way" for ever, refusing new ones.
 constexpr int transferTimeoutMs = 60'000;
+constexpr const char* insecureRedirectProperty = "insecureRedirect";
 
 QString freshUuid()
 {
@@ -31,6 +33,8 @@ QString freshUuid()
 // when no answer came, the server message for a non-2xx status or something that isn't HTTP.
 std::optional<QString> responseFailure(QNetworkReply& reply)
 {
+    if (reply.property(insecureRedirectProperty).toBool())
+        return updateErrorMessage(UpdateError::insecureAddress);
     const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
     if (status.isValid() && (status.toInt() < 200 || status.toInt() > 299))
         return updateErrorMessage(UpdateError::badResponse);
@@ -45,7 +49,23 @@ QNetworkRequest plainRequest(const QUrl& url)
 {
     QNetworkRequest request(url);
     request.setTransferTimeout(transferTimeoutMs);
+    // Redirects are followed only to addresses we would fetch from directly.
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::UserVerifiedRedirectPolicy);
     return request;
+}
+
+QNetworkReply* fetch(QNetworkAccessManager& network, const QUrl& url)
+{
+    QNetworkReply* reply = network.get(plainRequest(url));
+    QObject::connect(reply, &QNetworkReply::redirected, reply, [reply](const QUrl& target) {
+        if (isAllowedUpdateAddress(target))
+            emit reply->redirectAllowed();
+        else {
+            reply->setProperty(insecureRedirectProperty, true);
+            reply->abort();
+        }
+    });
+    return reply;
 }
 
 } // namespace
@@ -82,8 +102,18 @@ void UpdateService::checkForUpdates(bool userInitiated)
     using Kind = UpdateState::Kind;
     if (state_.is(Kind::downloading) || state_.is(Kind::checking) || state_.is(Kind::installing))
         return;
+    // A build without a feed asks nobody anything.
+    if (environment_.feedUrl.isEmpty()) {
+        if (userInitiated)
+            fail(updateErrorMessage(UpdateError::noFeed));
+        return;
+    }
+    if (!isAllowedUpdateAddress(environment_.feedUrl)) {
+        setState(userInitiated ? UpdateState::failed(updateErrorMessage(UpdateError::insecureAddress)) : UpdateState::idle());
+        return;
+    }
     setState(UpdateState::checking());
-    QNetworkReply* reply = network_.get(plainRequest(environment_.feedUrl));
+    QNetworkReply* reply = fetch(network_, environment_.feedUrl);
     connect(reply, &QNetworkReply::finished, this, [this, reply, userInitiated] {
         reply->deleteLater();
         finishCheck(reply, userInitiated);
@@ -134,6 +164,16 @@ void UpdateService::installUpdate()
         fail(QStringLiteral("Tallowmere can't replace itself because the folder %1 is not writable.").arg(parent));
         return;
     }
+    if (!isAllowedUpdateAddress(update.downloadURL)) {
+        fail(updateErrorMessage(UpdateError::insecureAddress));
+        return;
+    }
+    const std::optional<QString> folder = makePrivateFolder(environment_.runtimeDirectory, environment_.temporaryDirectory);
+    if (!folder) {
+        fail(QStringLiteral("Couldn't create a private folder for the update in %1.").arg(environment_.temporaryDirectory));
+        return;
+    }
+    workFolder_ = *folder;
     setState(UpdateState::downloading(0));
     startDownload(update, *app);
 }
@@ -147,7 +187,7 @@ void UpdateService::startDownload(const AvailableUpdate& update, const QString& 
         return;
     }
     downloadWriteError_.clear();
-    QNetworkReply* reply = network_.get(plainRequest(update.downloadURL));
+    QNetworkReply* reply = fetch(network_, update.downloadURL);
     connect(reply, &QNetworkReply::readyRead, this, [this, reply] {
         const QByteArray chunk = reply->readAll();
         if (download_->write(chunk) != chunk.size()) {
@@ -155,13 +195,13 @@ void UpdateService::startDownload(const AvailableUpdate& update, const QString& 
             reply->abort();
         }
     });
-    connect(reply, &QNetworkReply::finished, this, [this, reply, app] {
+    connect(reply, &QNetworkReply::finished, this, [this, reply, app, signature = update.signature] {
         reply->deleteLater();
-        finishDownload(reply, app);
+        finishDownload(reply, app, signature);
     });
 }
 
-void UpdateService::finishDownload(QNetworkReply* reply, const QString& app)
+void UpdateService::finishDownload(QNetworkReply* reply, const QString& app, const QByteArray& signature)
 {
     std::unique_ptr<QTemporaryFile> download = std::move(download_);
     if (!downloadWriteError_.isEmpty()) {
@@ -185,10 +225,10 @@ void UpdateService::finishDownload(QNetworkReply* reply, const QString& app)
     }
     download->setAutoRemove(false);
     download->close();
-    startInstaller(archivePath, app);
+    startInstaller(archivePath, app, signature);
 }
 
-void UpdateService::startInstaller(const QString& archivePath, const QString& app)
+void UpdateService::startInstaller(const QString& archivePath, const QString& app, const QByteArray& signature)
 {
     setState(UpdateState::installing());
     InstallJob job;
@@ -197,6 +237,8 @@ void UpdateService::startInstaller(const QString& archivePath, const QString& ap
     job.scriptPath = temporaryPath(QStringLiteral("tallowmere-update-%1.sh").arg(freshUuid()));
     job.installedApp = app;
     job.processId = environment_.processId;
+    job.signature = signature;
+    job.publicKey = environment_.publicKey;
     runDetached(
         this, [job] { return unpackAndStartInstaller(job); },
         [this](std::optional<QString> failure) {
@@ -219,7 +261,7 @@ void UpdateService::fail(const QString& message)
 
 QString UpdateService::temporaryPath(const QString& name) const
 {
-    return QDir(environment_.temporaryDirectory).filePath(name);
+    return QDir(workFolder_).filePath(name);
 }
 
 } // namespace tallowmere

@@ -45,8 +45,8 @@ private:
     void finishCheck(QNetworkReply* reply, bool userInitiated);
     void applyFeed(const QByteArray& body, bool userInitiated);
     void startDownload(const AvailableUpdate& update, const QString& app);
-    void finishDownload(QNetworkReply* reply, const QString& app);
-    void startInstaller(const QString& archivePath, const QString& app);
+    void finishDownload(QNetworkReply* reply, const QString& app, const QByteArray& signature);
+    void startInstaller(const QString& archivePath, const QString& app, const QByteArray& signature);
     void fail(const QString& message);
     QString temporaryPath(const QString& name) const;
 
@@ -55,6 +55,7 @@ private:
     UpdateState state_ = UpdateState::idle();
     std::unique_ptr<QTemporaryFile> download_;
     QString downloadWriteError_;
+    QString workFolder_; // private to this user; made when an installation starts
 };
 
 } // namespace tallowmere

@@ -63,9 +63,13 @@ TEST(HTTPRequestParsing, HeadsThatCanNeverBeARequestOrGrowTooLarge)
 
 TEST(HTTPResponseFraming, FixedHeadersInOrderWithTheByteCount)
 {
-    EXPECT_EQ(frameResponse(HTTPResponse::json("{\"x\" : \"\xC3\xA9\"}")),
+    HTTPResponse response = HTTPResponse::json("{\"x\" : \"\xC3\xA9\"}");
+    response.headers = {{"X-One", "1"}};
+    EXPECT_EQ(frameResponse(response),
               "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: 12\r\n"
-              "Access-Control-Allow-Origin: *\r\nConnection: close\r\n\r\n{\"x\" : \"\xC3\xA9\"}");
+              "Vary: Origin\r\nX-One: 1\r\nConnection: close\r\n\r\n{\"x\" : \"\xC3\xA9\"}");
+    EXPECT_EQ(frameResponse({"204 No Content", "text/plain", {}}),
+              "HTTP/1.1 204 No Content\r\nVary: Origin\r\nConnection: close\r\n\r\n");
 }
 
 } // namespace

@@ -54,7 +54,7 @@ TEST_F(StatsServerTest, SplitRequestIsAnsweredOnceTheBodyIsIn)
 {
     const QByteArray body = R"({"id":7,"method":"ping"})";
     for (const QByteArray& name : {QByteArray("Content-Length"), QByteArray("cOnTeNt-LeNgTh")}) {
-        auto client = test::startClient({port, {"POST /mcp HTTP/1.1\r\nHost: x\r", "\n" + name + ": 24\r\n\r", "\n",
+        auto client = test::startClient({port, {"POST /mcp HTTP/1.1\r\nHost: localhost:" + QByteArray::number(port) + "\r", "\n" + name + ": 24\r\n\r", "\n",
                                                 body.left(10), body.mid(10) + QByteArray(100000, 'x')}});
         const test::ClientResult response = test::finish(client);
         EXPECT_EQ(response.status(), "HTTP/1.1 200 OK") << name.constData();

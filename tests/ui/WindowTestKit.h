@@ -51,7 +51,9 @@ struct WindowTestKit {
                                             .programPath = QStringLiteral("/nonexistent/tallowmere"),
                                             .temporaryDirectory = dir.path(),
                                             .processId = 1,
-                                            .quit = {}}};
+                                            .quit = {},
+                                            .runtimeDirectory = dir.path(),
+                                            .publicKey = {}}};
     int gatherings = 0;
     PageInputs inputs = fixtureInputs();
 

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+
 namespace tallowmere {
 namespace {
 
@@ -48,7 +50,7 @@ class UpdateCheck : public ::testing::Test {
 protected:
     std::unique_ptr<UpdateService> service(qint64 runningBuild)
     {
-        return std::make_unique<UpdateService>(UpdateEnvironment{server.url(feedPath), runningBuild, {}, {}, 0, {}});
+        return std::make_unique<UpdateService>(UpdateEnvironment{server.url(feedPath), runningBuild, {}, {}, 0, {}, {}, {}});
     }
     UpdateState check(UpdateService& service, bool userInitiated)
     {
@@ -67,17 +69,19 @@ protected:
 TEST_F(UpdateCheck, OffersOnlyAHigherBuildFromTheFeed)
 {
     EXPECT_EQ(serveAndCheck(test::feedXml(42, archiveUrl, "0.1")), UpdateState::upToDate()) << "versions don't count";
+    QByteArray signature(64, '\0');
+    std::iota(signature.begin(), signature.end(), 0);
     const UpdateState offered = serveAndCheck(test::readFile(test::fixturePath("update/feed-good.xml")));
     EXPECT_EQ(offered, UpdateState::available({QStringLiteral("0.2.0"), 43,
                                                QUrl(QStringLiteral("https://downloads.tallowmere.invalid/Tallowmere-0.2.0.zip")),
                                                QStringLiteral("Faster network history & a new battery page."),
-                                               QStringLiteral("Debian 12")}));
+                                               QStringLiteral("Debian 12"), signature}));
     const UpdateState trimmed = serveAndCheck(test::readFile(test::fixturePath("update/feed-whitespace-cdata.xml")), 200, 0);
     EXPECT_EQ(trimmed, UpdateState::available({QStringLiteral("0.3.0-beta"), 17,
                                                QUrl(QStringLiteral("https://downloads.tallowmere.invalid/"
                                                                    "Tallowmere-0.3.0.zip?channel=beta&arch=x86_64")),
                                                QStringLiteral("<ul><li>Keeps the <b>lid</b> awake</li></ul>"),
-                                               std::nullopt}));
+                                               std::nullopt, {}}));
 }
 
 TEST_F(UpdateCheck, ReportsFailuresOnlyWhenTheUserAsked)
@@ -100,6 +104,29 @@ TEST_F(UpdateCheck, ReportsFailuresOnlyWhenTheUserAsked)
         EXPECT_EQ(check(*silent, false), UpdateState::idle());
         EXPECT_EQ(changes.count(), 2) << "checking, then idle, with no failure shown between";
     }
+}
+
+// No feed compiled in: nobody is asked. Plain HTTP only from this machine.
+TEST_F(UpdateCheck, AsksOnlyAConfiguredFeedOverASafeScheme)
+{
+    for (bool userInitiated : {false, true}) {
+        UpdateService unconfigured(UpdateEnvironment{});
+        unconfigured.checkForUpdates(userInitiated);
+        EXPECT_EQ(unconfigured.state(), userInitiated ? UpdateState::failed(updateErrorMessage(UpdateError::noFeed))
+                                                      : UpdateState::idle());
+        UpdateEnvironment plainHttp;
+        plainHttp.feedUrl = QUrl(QStringLiteral("http://updates.example.org/appcast.xml"));
+        UpdateService plain(plainHttp);
+        plain.checkForUpdates(userInitiated);
+        EXPECT_EQ(plain.state(), userInitiated ? UpdateState::failed(updateErrorMessage(UpdateError::insecureAddress))
+                                               : UpdateState::idle());
+    }
+    for (const char* allowed : {"https://updates.example.org/a.xml", "http://127.0.0.1:8/a", "http://127.200.0.9/a",
+                                "http://LOCALHOST/a", "http://[::1]:80/a", "http://[::ffff:7f00:1]/a"})
+        EXPECT_TRUE(isAllowedUpdateAddress(QUrl(QString::fromLatin1(allowed)))) << allowed;
+    for (const char* refused : {"http://updates.example.org/a", "http://128.0.0.1/a", "http://127.0.0.1.example.org/a",
+                                "ftp://127.0.0.1/a", "file:///tmp/a.xml", "https:///a", ""})
+        EXPECT_FALSE(isAllowedUpdateAddress(QUrl(QString::fromLatin1(refused)))) << refused;
 }
 
 TEST_F(UpdateCheck, RefusesToOverlapAndAnnouncesOnlyRealChanges)

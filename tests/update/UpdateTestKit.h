@@ -8,6 +8,7 @@
 #include <QUrl>
 
 class QTcpSocket;
+struct evp_pkey_st;
 
 namespace tallowmere::test {
 
@@ -31,11 +32,38 @@ private:
 // one per line, to `marker`; share/label.txt holds the label too.
 void makeFakeApp(const QString& folder, const QString& label, const QString& marker);
 QStringList markerLines(const QString& marker);
+// The permission bits of a file (07777), -1 when it does not exist.
+int fileMode(const QString& path);
 
 // `entries` of `staging`, zipped with the real zip tool.
 QByteArray zipOf(const QString& staging, const QStringList& entries);
 
-QByteArray feedXml(qint64 build, const QUrl& archive, const QByteArray& version = "9.9");
+// A feed offering `build` at `archive`, with the signature (raw bytes) when one is given.
+QByteArray feedXml(qint64 build, const QUrl& archive, const QByteArray& version = "9.9", const QByteArray& signature = {});
+
+// A fresh Ed25519 key pair made with OpenSSL, standing in for the one releases are signed with.
+class SigningKey {
+public:
+    SigningKey();
+    ~SigningKey();
+    SigningKey(const SigningKey&) = delete;
+    SigningKey& operator=(const SigningKey&) = delete;
+    QByteArray publicKey() const; // raw 32 bytes
+    QByteArray sign(const QByteArray& message) const; // raw 64 bytes
+
+private:
+    ::evp_pkey_st* key_ = nullptr;
+};
+
+// A zip archive written entry by entry with Python's zipfile, so that names and links no
+// ordinary tool would store ("../x", "/abs", a link out of the folder) can be made.
+struct ZipEntry {
+    QString name;
+    QByteArray content;         // the link's target for a link
+    bool link = false;
+    bool executable = false;
+};
+QByteArray craftedZip(const QString& path, const QList<ZipEntry>& entries);
 
 // A real process standing in for the running program until stop().
 struct StandIn {
