@@ -19,10 +19,11 @@ TEST(NetworkFlowSource, RealTrafficArrivesAsFlowDeltasOfThisProcess)
     std::atomic<int> samples{0};
     NetworkMonitorSources sources = NetworkMonitorSources::system();
     sources.flows = [real, &samples] {
-        FlowTable table = real->sample();
+        auto sample = real->sample();
         ++samples;
-        return table;
+        return sample;
     };
+    sources.restartFlows = [real] { real->restart(); };
     // Name lookups are not what this test is about, and may wait on an absent resolver.
     sources.reverseLookup = [](const QString&) { return std::optional<QString>(); };
     NetworkMonitor monitor(sources);
