@@ -71,7 +71,7 @@ QString historyDirectory()
     constexpr std::int64_t expectedRows = kDays * 1440 * kPairsPerMinute;
     if (auto db = SqliteDatabase::open(path)) {
         SqliteStatement count = db->prepare("SELECT count(*) FROM endpoint_usage");
-        if (count && count.step() && count.columnInt64(0) == expectedRows)
+        if (count && count.step() == SqliteStep::row && count.columnInt64(0) == expectedRows)
             return dir;
     }
     QDir(dir).removeRecursively();
@@ -206,7 +206,7 @@ void BM_WhatIfRollupQueries30D(benchmark::State& state)
                      "LEFT JOIN hosts h ON h.ip = u.ip WHERE u.bucket >= ? GROUP BY u.app, u.ip");
         query.bind(1, since / 43200 * 43200);
         int rows = 0;
-        while (query.step())
+        while (query.step() == SqliteStep::row)
             ++rows;
         benchmark::DoNotOptimize(rows);
     }

@@ -30,11 +30,8 @@ TEST_F(NetworkUsageStoreTest, CreatesTheSchemaInWalModeAndDropsTheOldTable)
     SqliteDatabase::open(path())->exec("CREATE TABLE app_usage (bucket INTEGER, app TEXT)");
     makeStore()->waitForIdle();
     EXPECT_EQ(scalar<QString>(path(), "PRAGMA journal_mode"), "wal");
-    EXPECT_EQ(scalar<QString>(path(), "SELECT group_concat(sql, ';') FROM sqlite_master WHERE type = 'table'"),
-              QStringLiteral("CREATE TABLE endpoint_usage (\n    bucket INTEGER NOT NULL,\n    app TEXT NOT NULL,\n"
-                             "    ip TEXT NOT NULL,\n    bytes_in INTEGER NOT NULL DEFAULT 0,\n"
-                             "    bytes_out INTEGER NOT NULL DEFAULT 0,\n    PRIMARY KEY (bucket, app, ip)\n);"
-                             "CREATE TABLE hosts (\n    ip TEXT PRIMARY KEY,\n    host TEXT NOT NULL\n)"));
+    EXPECT_EQ(scalar<QString>(path(), "SELECT group_concat(name, ',') FROM sqlite_master WHERE type = 'table'"),
+              "endpoint_usage,hosts,endpoint_usage_hourly");
 }
 
 TEST_F(NetworkUsageStoreTest, RecordsAddUpPerMinuteKeepResolvedNamesAndClampHugeCounts)
@@ -125,6 +122,7 @@ TEST_F(NetworkUsageStoreTest, RetentionRunsAtOpenOnlyAndDestructionFinishesQueue
     makeStore()->waitForIdle();
     EXPECT_EQ(scalar(path(), "SELECT count(*) FROM endpoint_usage WHERE app = 'ancient'"), 0);
     EXPECT_EQ(scalar(path(), "SELECT count(*) FROM endpoint_usage WHERE app = 'recent'"), 1);
+    EXPECT_EQ(scalar<QString>(path(), "SELECT group_concat(app) FROM endpoint_usage_hourly WHERE app != 'burst'"), "recent");
     EXPECT_EQ(scalar(path(), "SELECT count(*) FROM hosts WHERE host = 'one.example'"), 1) << "names are never deleted";
 }
 
