@@ -56,6 +56,13 @@ CommandLineResult parseCommandLine(const QStringList& arguments)
                 return {std::nullopt, QStringLiteral("--headless, --snapshot and --check-update go one at a time")};
             if (options.mode != RunOptions::Mode::help)
                 options.mode = *mode;
+        } else if (name == u"--history") {
+            const auto value = takeValue();
+            if (!value || (options.mode != RunOptions::Mode::gui && options.mode != RunOptions::Mode::help))
+                return {std::nullopt, QStringLiteral("--history takes a range (1H, 24H, 7D or 30D) and goes alone")};
+            if (options.mode != RunOptions::Mode::help)
+                options.mode = RunOptions::Mode::history;
+            options.historyRange = *value;
         } else if (name == u"--server" || name == u"--record") {
             const auto value = takeValue();
             const auto flag = value ? parseSwitch(*value) : std::nullopt;
@@ -100,6 +107,8 @@ QString commandLineHelp()
         "                    document, as GET /stats of the statistics server answers it.\n"
         "  --check-update    Check the update feed once and print the outcome. Exit status:\n"
         "                    0 up to date, 100 an update is available, 1 the check failed.\n"
+        "  --history RANGE   Print the recorded network history of RANGE (1H, 24H, 7D or 30D)\n"
+        "                    as JSON: traffic per bucket and the busiest applications.\n"
         "  -h, --help        Show this text.\n"
         "\n"
         "Overrides apply to this run only; the saved settings are not changed.\n");
