@@ -99,6 +99,9 @@ TEST_F(NetworkMonitoringServiceTest, PagePeriodFollowsWhoIsWatchingWithoutRestar
     set(false, false, false, true);
     ASSERT_TRUE(service->monitor().isPerAppRunning());
     set(true, false, false, true);
+    EXPECT_EQ(service->monitor().perAppInterval(), NetworkMonitoringService::kRecordingInterval)
+        << "recording keeps its shorter period while the page is shown";
+    set(true, false, false, false);
     EXPECT_EQ(service->monitor().perAppInterval(), NetworkMonitoringService::kPageInterval);
     set(false, false, false, true);
     EXPECT_EQ(service->monitor().perAppInterval(), NetworkMonitoringService::kRecordingInterval);
