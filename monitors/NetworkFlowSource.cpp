@@ -16,9 +16,9 @@ std::optional<std::uint32_t> attributableUid()
 
 } // namespace
 
-NetworkFlowSource::NetworkFlowSource(std::string procRoot)
+NetworkFlowSource::NetworkFlowSource(std::string procRoot, NetworkSocketOwners::Clock clock)
     : closes_(16384, attributableUid())
-    , owners_(std::move(procRoot))
+    , owners_(std::move(procRoot), std::move(clock))
     , uid_(attributableUid())
 {
 }

@@ -18,7 +18,8 @@ namespace tallowmere {
 // has no per-socket byte counters and is not counted.
 class NetworkFlowSource {
 public:
-    explicit NetworkFlowSource(std::string procRoot = "/proc");
+    explicit NetworkFlowSource(std::string procRoot = "/proc",
+                               NetworkSocketOwners::Clock clock = std::chrono::steady_clock::now);
 
     // One blocking sample; none when the kernel could not be asked (the next good sample then
     // covers both rounds). Safe to call from any thread; overlapping calls take turns.

@@ -72,7 +72,12 @@ const QString* NetworkSocketOwners::labelOf(std::uint64_t inode) const
 
 bool NetworkSocketOwners::processAlive(int pid) const
 {
-    return entryExists(procRoot_ + '/' + std::to_string(pid));
+    // A process that exited but was not reaped yet (state Z) holds no descriptors any more.
+    std::string stat;
+    if (!readSmallFile(procRoot_ + '/' + std::to_string(pid) + "/stat", stat))
+        return entryExists(procRoot_ + '/' + std::to_string(pid));
+    const std::size_t end = stat.rfind(')');
+    return end == std::string::npos || end + 2 >= stat.size() || (stat[end + 2] != 'Z' && stat[end + 2] != 'X');
 }
 
 void NetworkSocketOwners::rememberOwner(int pid)

@@ -62,6 +62,18 @@ SockDiagRecord decodeMessage(const std::byte* payload, std::size_t length)
     const std::size_t head = NLMSG_ALIGN(sizeof message);
     if (length > head)
         decodeAttributes(payload + head, length - head, record);
+    // SYN and FIN take one sequence number each, which the kernel's counters include once
+    // acknowledged (ours) or received (the peer's FIN): not bytes of data. (Kernel TCP state
+    // numbers: SYN_SENT 2, SYN_RECV 3, FIN_WAIT2 5, CLOSE 7, CLOSE_WAIT 8, LAST_ACK 9, CLOSING 11.)
+    if (record.bytes) {
+        const unsigned state = message.idiag_state;
+        if (state != 2 && state != 3 && record.bytes->outBytes > 0)
+            --record.bytes->outBytes;
+        if ((state == 5 || state == 7) && record.bytes->outBytes > 0)
+            --record.bytes->outBytes;
+        if ((state == 7 || state == 8 || state == 9 || state == 11) && record.bytes->inBytes > 0)
+            --record.bytes->inBytes;
+    }
     return record;
 }
 
