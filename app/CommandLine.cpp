@@ -56,6 +56,13 @@ CommandLineResult parseCommandLine(const QStringList& arguments)
                 return {std::nullopt, QStringLiteral("--headless, --snapshot and --check-update go one at a time")};
             if (options.mode != RunOptions::Mode::help)
                 options.mode = *mode;
+        } else if (name == u"--history") {
+            const auto value = takeValue();
+            if (!value || (options.mode != RunOptions::Mode::gui && options.mode != RunOptions::Mode::help))
+                return {std::nullopt, QStringLiteral("--history takes a range (1H, 24H, 7D or 30D) and goes alone")};
+            if (options.mode != RunOptions::Mode::help)
+                options.mode = RunOptions::Mode::history;
+            options.historyRange = *value;
         } else if (name == u"--server" || name == u"--record") {
             const auto value = takeValue();
             const auto flag = value ? parseSwitch(*value) : std::nullopt;
@@ -111,6 +118,8 @@ QString commandLineHelp()
         "                    0 up to date, 100 an update is available, 1 the check failed.\n"
         "  --pictures DIR    Sample this machine for a few seconds and draw the tray icon, the\n"
         "                    strip and the dashboard into PNG files in DIR (no display needed).\n"
+        "  --history RANGE   Print the recorded network history of RANGE (1H, 24H, 7D or 30D)\n"
+        "                    as JSON: traffic per bucket and the busiest applications.\n"
         "  -h, --help        Show this text.\n"
         "\n"
         "Overrides apply to this run only; the saved settings are not changed.\n");

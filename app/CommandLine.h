@@ -9,12 +9,13 @@ namespace tallowmere {
 
 // What one start of the program was asked to do.
 struct RunOptions {
-    enum class Mode { gui, headless, help, checkUpdate, snapshot, pictures };
+    enum class Mode { gui, headless, help, checkUpdate, snapshot, pictures, history };
     Mode mode = Mode::gui;
     std::optional<bool> server;     // --server on|off
     std::optional<bool> record;     // --record on|off
     std::optional<quint16> port;    // --port N
     QString picturesDirectory;      // --pictures DIR
+    QString historyRange;           // --history RANGE, checked when it runs
 };
 
 struct CommandLineResult {

@@ -42,7 +42,8 @@ StatsSnapshot::Network networkSection(NetworkMonitoringService* service)
     if (!service)
         return {};
     const NetworkMonitor& m = service->monitor();
-    return {m.downloadRate(), m.uploadRate(), m.sessionDownload(), m.sessionUpload()};
+    return {m.downloadRate(), m.uploadRate(), m.sessionDownload(), m.sessionUpload(), m.unattributedBytes(),
+            service->usageStore().unwrittenDeltas()};
 }
 
 } // namespace

@@ -8,6 +8,8 @@
 #include "core/Log.h"
 #include "core/SignalQuit.h"
 #include "app/SnapshotCapture.h"
+#include "history/HistoryCommand.h"
+#include "history/NetworkUsageStore.h"
 #include "update/CheckUpdateCommand.h"
 
 #include <QApplication>
@@ -110,6 +112,17 @@ int runSnapshot(int argc, char** argv)
     return 0;
 }
 
+int runHistory(int argc, char** argv, const QString& range)
+{
+    QCoreApplication app(argc, argv);
+    const HistoryCommandResult result = runHistoryCommand(range, NetworkUsageStore::defaultDirectory());
+    if (result.status != 0)
+        std::fprintf(stderr, "tallowmere: %s\n", qPrintable(result.error));
+    else
+        std::printf("%s\n", result.json.constData());
+    return result.status;
+}
+
 int runCheckUpdate(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
@@ -180,6 +193,8 @@ int main(int argc, char** argv)
         return runCheckUpdate(argc, argv);
     case RunOptions::Mode::pictures:
         return runPictures(argc, argv, run);
+    case RunOptions::Mode::history:
+        return runHistory(argc, argv, run.historyRange);
     case RunOptions::Mode::gui:
         if (!hasDisplay()) {
             std::fputs("[Tallowmere] no display found (neither DISPLAY nor WAYLAND_DISPLAY is set); running headless\n",

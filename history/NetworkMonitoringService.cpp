@@ -53,7 +53,7 @@ void NetworkMonitoringService::updateMonitoring()
         monitor_->stopPerApp();
         return;
     }
-    const double interval = pageActive() ? kPageInterval : kRecordingInterval;
+    const double interval = recordingActive_ ? kRecordingInterval : kPageInterval;
     if (monitor_->perAppInterval() != interval)
         monitor_->setPerAppInterval(interval);
     monitor_->startPerApp();

@@ -1,8 +1,11 @@
 #include "history/NetworkUsageStore.h"
 
 #include "core/Log.h"
+#include "history/HourlyRollup.h"
 #include "history/SerialQueue.h"
 #include "history/SqliteDatabase.h"
+
+#include <sqlite3.h>
 
 #include <QDir>
 #include <QFileInfo>
@@ -10,7 +13,9 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
+#include <set>
 
 namespace tallowmere {
 
@@ -42,8 +47,22 @@ constexpr std::string_view kTotalsQuery = "SELECT u.app, u.ip, COALESCE(h.host, 
                                           "LEFT JOIN hosts h ON h.ip = u.ip\n"
                                           "WHERE u.bucket >= ?\n"
                                           "GROUP BY u.app, u.ip";
+constexpr std::string_view kHourlySeriesQuery = "SELECT (bucket / ?) * ?, SUM(bytes_in), SUM(bytes_out) FROM endpoint_usage_hourly\n"
+                                                "WHERE bucket >= ?\n"
+                                                "GROUP BY 1";
+// The minutes before the first whole hour from the minute table, the whole hours from the roll-up.
+constexpr std::string_view kHourlyTotalsQuery = "SELECT u.app, u.ip, COALESCE(h.host, u.ip), SUM(u.bytes_in), SUM(u.bytes_out)\n"
+                                                "FROM (SELECT app, ip, bytes_in, bytes_out FROM endpoint_usage WHERE bucket >= ?1 AND bucket < ?2\n"
+                                                "      UNION ALL\n"
+                                                "      SELECT app, ip, bytes_in, bytes_out FROM endpoint_usage_hourly WHERE bucket >= ?2) u\n"
+                                                "LEFT JOIN hosts h ON h.ip = u.ip\n"
+                                                "GROUP BY u.app, u.ip";
 
 constexpr std::int64_t kMinuteSeconds = 60;
+// Hours filled per migration step: small enough that a write or query waits only briefly.
+constexpr std::int64_t kMigrationChunkSeconds = 6 * kHourSeconds;
+// Totals over more than a day come from the roll-up; a day or less from the minutes.
+constexpr std::int64_t kRollupTotalsSpan = 86400;
 
 std::int64_t storedCount(std::uint64_t bytes)
 {
@@ -60,21 +79,40 @@ std::uint64_t readCount(std::int64_t sum)
 
 struct NetworkUsageStore::Connection {
     std::optional<SqliteDatabase> db;
+    bool rollupPresent = false;
+    std::optional<RollupMigration> migration;
+    std::atomic<bool> stopping{false};
+    std::atomic<bool> rollupReady{false};
+    std::atomic<std::uint64_t> unwritten{0};
+    std::set<int> failuresLogged;
 
-    void open(const QString& directory, const QString& path, std::int64_t now);
+    void open(const QString& directory, const QString& path, std::int64_t now, bool readOnly);
     void write(const std::vector<FlowDelta>& deltas, std::int64_t bucket);
+    bool migrateChunk();
     std::map<std::int64_t, BucketSums> series(std::int64_t width, std::int64_t start);
-    std::vector<EndpointRow> endpointRows(std::int64_t since);
+    std::vector<EndpointRow> endpointRows(std::int64_t since, std::int64_t now);
+
+private:
+    bool writeRows(const std::vector<FlowDelta>& deltas, std::int64_t bucket);
+    void failed(std::size_t deltas, int code, const QString& message);
+    void updateReady() { rollupReady = rollupPresent && !migration; }
 };
 
-void NetworkUsageStore::Connection::open(const QString& directory, const QString& path, std::int64_t now)
+void NetworkUsageStore::Connection::open(const QString& directory, const QString& path, std::int64_t now, bool readOnly)
 {
     if (directory.isEmpty()) {
         logWarning(QStringLiteral("network history is off: the system names no data directory"));
         return;
     }
-    QDir().mkpath(directory);
     QString error;
+    if (readOnly) {
+        db = SqliteDatabase::openReadOnly(path, &error);
+        if (db)
+            migration = storedRollupMigration(*db, &rollupPresent);
+        updateReady();
+        return;
+    }
+    QDir().mkpath(directory);
     db = SqliteDatabase::open(path, &error);
     if (!db) {
         logWarning(QStringLiteral("network history is off: cannot open %1 (%2)").arg(path, error));
@@ -84,10 +122,31 @@ void NetworkUsageStore::Connection::open(const QString& directory, const QString
     db->exec("DROP TABLE IF EXISTS app_usage");
     db->exec(kCreateEndpointUsage);
     db->exec(kCreateHosts);
-    const std::string retention = "DELETE FROM endpoint_usage WHERE bucket < " + std::to_string(now - kRetentionSeconds);
-    db->exec(retention.c_str());
+    const std::int64_t cutoff = now - kRetentionSeconds;
+    db->exec("DELETE FROM endpoint_usage WHERE bucket < " + std::to_string(cutoff));
+    migration = prepareHourlyRollup(*db);
+    rollupPresent = db->tableExists("endpoint_usage_hourly");
+    // An hour is dropped once all of it lies before the cutoff.
+    db->exec("DELETE FROM endpoint_usage_hourly WHERE bucket <= " + std::to_string(cutoff - kHourSeconds));
+    updateReady();
     if (db->isReadOnly() || !db->prepare("SELECT 1 FROM endpoint_usage LIMIT 0"))
         logWarning(QStringLiteral("network history cannot be recorded: %1 is not writable (%2)").arg(path, db->lastError()));
+    if (migration)
+        logInfo(QStringLiteral("adding the hourly roll-up to the network history; long ranges read the minutes until it is done"));
+}
+
+void NetworkUsageStore::Connection::failed(std::size_t deltas, int code, const QString& message)
+{
+    unwritten += deltas;
+    const int kind = code == SQLITE_FULL || code == SQLITE_IOERR || code == SQLITE_BUSY || code == SQLITE_LOCKED ? code : 0;
+    if (!failuresLogged.insert(kind).second)
+        return;
+    const QString what = kind == SQLITE_FULL ? QStringLiteral("the disk is full")
+        : kind == SQLITE_IOERR               ? QStringLiteral("an I/O error")
+        : kind == 0                          ? QStringLiteral("an error")
+                                             : QStringLiteral("the database is busy");
+    logWarning(QStringLiteral("network history could not be written (%1: %2); such batches are counted and dropped")
+                   .arg(what, message));
 }
 
 void NetworkUsageStore::Connection::write(const std::vector<FlowDelta>& deltas, std::int64_t bucket)
@@ -95,33 +154,64 @@ void NetworkUsageStore::Connection::write(const std::vector<FlowDelta>& deltas, 
     if (!db)
         return;
     SqliteTransaction transaction(*db);
-    {
-        SqliteStatement usage = db->prepare(kUpsertUsage);
-        if (!usage)
-            return;
-        SqliteStatement hosts = db->prepare(kUpsertHost);
-        if (!hosts)
-            return;
-        for (const FlowDelta& delta : deltas) {
-            const QByteArray ip = delta.ip.toUtf8();
-            const std::string_view ipText(ip.constData(), static_cast<std::size_t>(ip.size()));
-            usage.reset();
-            usage.bind(1, bucket);
-            usage.bind(2, delta.app);
-            usage.bind(3, ipText);
-            usage.bind(4, storedCount(delta.inBytes));
-            usage.bind(5, storedCount(delta.outBytes));
-            usage.step();
-            // An address without a resolved name keeps whatever name it had.
-            if (delta.host != delta.ip) {
-                hosts.reset();
-                hosts.bind(1, ipText);
-                hosts.bind(2, delta.host);
-                hosts.step();
-            }
+    if (!transaction.isOpen()) {
+        failed(deltas.size(), db->lastErrorCode(), db->lastError());
+        return;
+    }
+    if (!writeRows(deltas, bucket)) {
+        failed(deltas.size(), db->lastErrorCode(), db->lastError());
+        return;  // rolled back with the transaction
+    }
+    if (!transaction.commit())
+        failed(deltas.size(), transaction.failure()->code, transaction.failure()->message);
+}
+
+bool NetworkUsageStore::Connection::writeRows(const std::vector<FlowDelta>& deltas, std::int64_t bucket)
+{
+    SqliteStatement usage = db->prepare(kUpsertUsage);
+    SqliteStatement hosts = db->prepare(kUpsertHost);
+    const std::int64_t hour = bucket / kHourSeconds * kHourSeconds;
+    const bool toRollup = rollupPresent && rollupTakesWritesFor(migration, hour);
+    SqliteStatement hourly = toRollup ? db->prepare(kUpsertHourly) : SqliteStatement();
+    if (!usage || !hosts || (toRollup && !hourly))
+        return false;
+    auto upsert = [](SqliteStatement& statement, std::int64_t at, const FlowDelta& delta, std::string_view ip) {
+        statement.reset();
+        statement.bind(1, at);
+        statement.bind(2, delta.app);
+        statement.bind(3, ip);
+        statement.bind(4, storedCount(delta.inBytes));
+        statement.bind(5, storedCount(delta.outBytes));
+        return statement.step() == SqliteStep::done;
+    };
+    for (const FlowDelta& delta : deltas) {
+        const QByteArray ip = delta.ip.toUtf8();
+        const std::string_view ipText(ip.constData(), static_cast<std::size_t>(ip.size()));
+        if (!upsert(usage, bucket, delta, ipText) || (toRollup && !upsert(hourly, hour, delta, ipText)))
+            return false;
+        // An address without a resolved name keeps whatever name it had.
+        if (delta.host != delta.ip) {
+            hosts.reset();
+            hosts.bind(1, ipText);
+            hosts.bind(2, delta.host);
+            if (hosts.step() != SqliteStep::done)
+                return false;
         }
     }
-    transaction.commit();
+    return true;
+}
+
+bool NetworkUsageStore::Connection::migrateChunk()
+{
+    if (!db || !migration || stopping)
+        return false;
+    const RollupMigration before = *migration;
+    migration = migrateRollupChunk(*db, before, kMigrationChunkSeconds);
+    updateReady();
+    if (!migration)
+        logInfo(QStringLiteral("the hourly roll-up of the network history is complete"));
+    // A failed chunk is tried again at the next start rather than in a tight loop.
+    return migration && *migration != before;
 }
 
 std::map<std::int64_t, BucketSums> NetworkUsageStore::Connection::series(std::int64_t width, std::int64_t start)
@@ -129,27 +219,32 @@ std::map<std::int64_t, BucketSums> NetworkUsageStore::Connection::series(std::in
     std::map<std::int64_t, BucketSums> sums;
     if (!db)
         return sums;
-    SqliteStatement query = db->prepare(kSeriesQuery);
+    // Buckets of whole hours add up the same from the roll-up, at a sixtieth of the rows.
+    const bool hourly = rollupReady && width % kHourSeconds == 0;
+    SqliteStatement query = db->prepare(hourly ? kHourlySeriesQuery : kSeriesQuery);
     if (!query)
         return sums;
     query.bind(1, width);
     query.bind(2, width);
     query.bind(3, start);
-    while (query.step())
+    while (query.step() == SqliteStep::row)
         sums[query.columnInt64(0)] = BucketSums{readCount(query.columnInt64(1)), readCount(query.columnInt64(2))};
     return sums;
 }
 
-std::vector<EndpointRow> NetworkUsageStore::Connection::endpointRows(std::int64_t since)
+std::vector<EndpointRow> NetworkUsageStore::Connection::endpointRows(std::int64_t since, std::int64_t now)
 {
     std::vector<EndpointRow> rows;
     if (!db)
         return rows;
-    SqliteStatement query = db->prepare(kTotalsQuery);
+    const bool hourly = rollupReady && now - since > kRollupTotalsSpan;
+    SqliteStatement query = db->prepare(hourly ? kHourlyTotalsQuery : kTotalsQuery);
     if (!query)
         return rows;
     query.bind(1, since);
-    while (query.step()) {
+    if (hourly)
+        query.bind(2, (since + kHourSeconds - 1) / kHourSeconds * kHourSeconds);
+    while (query.step() == SqliteStep::row) {
         auto app = query.columnText(0);
         auto ip = query.columnText(1);
         auto host = query.columnText(2);
@@ -168,20 +263,49 @@ QString NetworkUsageStore::defaultDirectory()
     return base.isEmpty() ? QString() : base + QStringLiteral("/Tallowmere");
 }
 
-NetworkUsageStore::NetworkUsageStore(QString directory, WallClock clock, QObject* parent)
+namespace {
+
+// One chunk per job, so writes and queries posted meanwhile run in between. The queue runs
+// jobs posted by its own jobs even while it is being destroyed; migrateChunk() then declines.
+void postMigrationStep(SerialQueue* queue, std::shared_ptr<NetworkUsageStore::Connection> connection)
+{
+    queue->post([queue, connection] {
+        if (connection->migrateChunk())
+            postMigrationStep(queue, connection);
+    });
+}
+
+} // namespace
+
+NetworkUsageStore::NetworkUsageStore(QString directory, WallClock clock, QObject* parent, Access access)
     : QObject(parent)
     , path_(directory.isEmpty() ? QString() : QDir(directory).filePath(QLatin1String(kFileName)))
     , clock_(std::move(clock))
     , connection_(std::make_shared<Connection>())
     , queue_(std::make_unique<SerialQueue>("NetworkUsageStore"))
 {
-    queue_->post([connection = connection_, directory, path = path_, now = unixSeconds(clock_())] {
-        connection->open(directory, path, now);
+    queue_->post([queue = queue_.get(), connection = connection_, directory, path = path_,
+                  now = unixSeconds(clock_()), readOnly = access == Access::readOnly] {
+        connection->open(directory, path, now, readOnly);
+        if (!readOnly)
+            postMigrationStep(queue, connection);
     });
+}
+
+bool NetworkUsageStore::rollupReady() const
+{
+    return connection_->rollupReady;
+}
+
+std::uint64_t NetworkUsageStore::unwrittenDeltas() const
+{
+    return connection_->unwritten;
 }
 
 NetworkUsageStore::~NetworkUsageStore()
 {
+    // A migration still under way stops after its current chunk and resumes at the next start.
+    connection_->stopping = true;
     // Finishes the queued work before the connection closes; completions still queued for the
     // event loop are dropped with this object.
     queue_.reset();
@@ -217,8 +341,9 @@ void NetworkUsageStore::bucketSeries(WallTime since, std::int64_t bucketSeconds,
 void NetworkUsageStore::appTotals(WallTime since, std::function<void(std::vector<AppUsageTotal>)> completion)
 {
     const std::int64_t s = unixSeconds(since);
-    queue_->post([this, connection = connection_, s, completion = std::move(completion)]() mutable {
-        deliver(std::move(completion), rankAppTotals(connection->endpointRows(s)));
+    const std::int64_t now = unixSeconds(clock_());
+    queue_->post([this, connection = connection_, s, now, completion = std::move(completion)]() mutable {
+        deliver(std::move(completion), rankAppTotals(connection->endpointRows(s, now)));
     });
 }
 

@@ -41,9 +41,16 @@ void SqliteStatement::bind(int index, const QString& text)
     bind(index, std::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size())));
 }
 
-bool SqliteStatement::step()
+SqliteStep SqliteStatement::step()
 {
-    return sqlite3_step(statement_) == SQLITE_ROW;
+    switch (sqlite3_step(statement_)) {
+    case SQLITE_ROW:
+        return SqliteStep::row;
+    case SQLITE_DONE:
+        return SqliteStep::done;
+    default:
+        return SqliteStep::error;
+    }
 }
 
 void SqliteStatement::reset()
@@ -83,17 +90,49 @@ SqliteDatabase& SqliteDatabase::operator=(SqliteDatabase&& other) noexcept
     return *this;
 }
 
-std::optional<SqliteDatabase> SqliteDatabase::open(const QString& path, QString* error)
+namespace {
+
+std::optional<sqlite3*> openWith(const QString& path, int flags, QString* error)
 {
     sqlite3* db = nullptr;
-    const int result = sqlite3_open_v2(path.toUtf8().constData(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+    const int result = sqlite3_open_v2(path.toUtf8().constData(), &db, flags, nullptr);
     if (result != SQLITE_OK) {
         if (error)
             *error = QString::fromUtf8(db ? sqlite3_errmsg(db) : sqlite3_errstr(result));
         sqlite3_close(db);
         return std::nullopt;
     }
-    return SqliteDatabase(db);
+    return db;
+}
+
+} // namespace
+
+std::optional<SqliteDatabase> SqliteDatabase::open(const QString& path, QString* error)
+{
+    if (auto db = openWith(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, error))
+        return SqliteDatabase(*db);
+    return std::nullopt;
+}
+
+std::optional<SqliteDatabase> SqliteDatabase::openReadOnly(const QString& path, QString* error)
+{
+    if (auto db = openWith(path, SQLITE_OPEN_READONLY, error))
+        return SqliteDatabase(*db);
+    return std::nullopt;
+}
+
+bool SqliteDatabase::tableExists(std::string_view name)
+{
+    SqliteStatement query = prepare("SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?");
+    if (!query)
+        return false;
+    query.bind(1, name);
+    return query.step() == SqliteStep::row;
+}
+
+int SqliteDatabase::lastErrorCode() const
+{
+    return sqlite3_errcode(db_) & 0xff;
 }
 
 bool SqliteDatabase::exec(const char* sql)
@@ -138,7 +177,14 @@ bool SqliteTransaction::commit()
     if (!open_)
         return false;
     open_ = false;
-    return db_.exec("COMMIT");
+    if (db_.exec("COMMIT"))
+        return true;
+    // A failed commit (full disk, I/O error) may leave the transaction open; what went wrong
+    // is kept before the rollback replaces it.
+    failure_ = SqliteFailure{db_.lastErrorCode(), db_.lastError()};
+    if (!sqlite3_get_autocommit(db_.handle()))
+        db_.exec("ROLLBACK");
+    return false;
 }
 
 } // namespace tallowmere

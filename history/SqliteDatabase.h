@@ -12,6 +12,10 @@ struct sqlite3_stmt;
 
 namespace tallowmere {
 
+// What one step of a statement gave: a row to read, the end, or a failure (the connection's
+// error code and message say which).
+enum class SqliteStep { row, done, error };
+
 // One prepared statement; finalized with the object.
 class SqliteStatement {
 public:
@@ -31,8 +35,7 @@ public:
     void bind(int index, std::string_view text);
     void bind(int index, const QString& text);
 
-    // One step: true while a row is available (SQLITE_ROW).
-    bool step();
+    SqliteStep step();
     // Resets for the next execution; the bindings are replaced by the next bind calls.
     void reset();
 
@@ -59,16 +62,29 @@ public:
     static std::optional<SqliteDatabase> open(const QString& path, QString* error = nullptr);
 
     bool exec(const char* sql);
+    bool exec(const std::string& sql) { return exec(sql.c_str()); }
     // An invalid statement when `sql` does not compile.
     SqliteStatement prepare(std::string_view sql);
 
+    // Opens an existing file for reading only; none when it is missing.
+    static std::optional<SqliteDatabase> openReadOnly(const QString& path, QString* error = nullptr);
+
+    bool tableExists(std::string_view name);
+
     bool isReadOnly() const;
     QString lastError() const;
+    // The primary result code of the last failure (SQLITE_FULL, SQLITE_IOERR, ...).
+    int lastErrorCode() const;
     sqlite3* handle() const { return db_; }
 
 private:
     explicit SqliteDatabase(sqlite3* db) : db_(db) {}
     sqlite3* db_ = nullptr;
+};
+
+struct SqliteFailure {
+    int code = 0;  // primary result code
+    QString message;
 };
 
 // BEGIN on creation; ROLLBACK on destruction unless commit() was called.
@@ -79,11 +95,15 @@ public:
     SqliteTransaction(const SqliteTransaction&) = delete;
     SqliteTransaction& operator=(const SqliteTransaction&) = delete;
 
+    bool isOpen() const { return open_; }
+    // False when the commit failed; the transaction is then rolled back and failure() says why.
     bool commit();
+    const std::optional<SqliteFailure>& failure() const { return failure_; }
 
 private:
     SqliteDatabase& db_;
     bool open_ = false;
+    std::optional<SqliteFailure> failure_;
 };
 
 } // namespace tallowmere

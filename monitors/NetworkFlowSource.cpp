@@ -1,20 +1,38 @@
 #include "monitors/NetworkFlowSource.h"
 
-#include "monitors/NetworkFlows.h"
+#include <unistd.h>
 
 namespace tallowmere {
 
-NetworkFlowSource::NetworkFlowSource(std::string procRoot)
-    : owners_(std::move(procRoot))
+namespace {
+
+// Without privileges only our own processes' descriptors can be read; other users' sockets
+// would only ever count as unattributable.
+std::optional<std::uint32_t> attributableUid()
+{
+    const uid_t uid = ::geteuid();
+    return uid == 0 ? std::nullopt : std::optional<std::uint32_t>(uid);
+}
+
+} // namespace
+
+NetworkFlowSource::NetworkFlowSource(std::string procRoot, NetworkSocketOwners::Clock clock)
+    : closes_(16384, attributableUid())
+    , owners_(std::move(procRoot), std::move(clock))
+    , uid_(attributableUid())
 {
 }
 
-FlowTable NetworkFlowSource::sample()
+std::optional<FlowSample> NetworkFlowSource::sample()
 {
     std::lock_guard lock(mutex_);
-    const auto records = socket_.dumpAllTcp();
+    auto records = socket_.dumpAllTcp();
     if (!records)
-        return {};
+        return std::nullopt;
+    // Taken after the dump: a socket that closed meanwhile is in both, and its close comes last.
+    const std::vector<SockDiagRecord> closed = closes_.take();
+    if (uid_)
+        std::erase_if(*records, [this](const SockDiagRecord& record) { return record.uid != *uid_; });
 
     std::vector<std::uint64_t> inodes;
     inodes.reserve(records->size());
@@ -23,7 +41,16 @@ FlowTable NetworkFlowSource::sample()
             inodes.push_back(record.inode);
     }
     owners_.update(inodes);
-    return buildFlowTable(*records, [this](std::uint64_t inode) { return owners_.labelOf(inode); });
+    FlowSample sample = ledger_.apply(
+        *records, closed, [this](std::uint64_t inode) { return owners_.labelOf(inode); }, closes_.isListening());
+    sample.droppedCloses = closes_.dropped();
+    return sample;
+}
+
+void NetworkFlowSource::restart()
+{
+    std::lock_guard lock(mutex_);
+    ledger_.restart();
 }
 
 int NetworkFlowSource::ownerScanCount() const

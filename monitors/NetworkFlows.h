@@ -1,12 +1,10 @@
 #pragma once
 
 #include "monitors/NetworkTypes.h"
-#include "monitors/SockDiagRecord.h"
 
 #include <QHash>
 #include <QString>
 
-#include <functional>
 #include <vector>
 
 namespace tallowmere {
@@ -20,20 +18,12 @@ QString applicationName(const QString& processLabel);
 // Other loopback forms such as 127.0.0.2 count.
 bool isRecordedRemoteAddress(const QString& address);
 
-// Cumulative counters per (process label, remote address) from one dump of sockets. Sockets
-// without counters, without an owner `labelOf` knows, or with an unrecorded peer are left
-// out; several connections of one process to one address are summed.
-using SocketLabeller = std::function<const QString*(std::uint64_t inode)>;
-FlowTable buildFlowTable(const std::vector<SockDiagRecord>& records, const SocketLabeller& labelOf);
-
-// One round of per-application accounting: counters that grew since `previous` become deltas,
-// summed per (application, address). A key seen for the first time only sets its baseline;
-// a counter that went backwards counts 0 in that direction.
+// One round of per-application accounting: the round's bytes per (process label, address)
+// summed per (application, address), with the host names known so far.
 struct FlowRound {
     std::vector<FlowDelta> deltas;
     std::vector<QString> addressesWithTraffic;  // every address that produced a delta, once
 };
-FlowRound computeFlowRound(const FlowTable& previous, const FlowTable& current,
-                           const QHash<QString, QString>& hostNames);
+FlowRound perAppRound(const FlowTable& deltas, const QHash<QString, QString>& hostNames);
 
 } // namespace tallowmere

@@ -1,6 +1,7 @@
 #include "monitors/NetworkMonitor.h"
 
 #include "core/Detached.h"
+#include "core/Log.h"
 #include "core/Property.h"
 #include "core/WorkerPool.h"
 #include "monitors/NetworkFlowSource.h"
@@ -47,6 +48,7 @@ NetworkMonitorSources NetworkMonitorSources::system(const std::string& procRoot)
     NetworkMonitorSources sources;
     sources.interfaceBytes = [counters] { return counters->read(); };
     sources.flows = [flows] { return flows->sample(); };
+    sources.restartFlows = [flows] { flows->restart(); };
     sources.reverseLookup = [](const QString& ip) { return tallowmere::reverseLookup(ip); };
     return sources;
 }
@@ -81,6 +83,8 @@ void NetworkMonitor::stopThroughput()
 
 void NetworkMonitor::startPerApp()
 {
+    if (perAppTask_.isEmpty() && sources_.restartFlows)
+        sources_.restartFlows();
     perAppTask_.startAsyncIfEmpty(toPeriod(perAppInterval_), [this](LoopTask::Done done) { runPerAppCycle(std::move(done)); });
 }
 
@@ -88,7 +92,6 @@ void NetworkMonitor::stopPerApp()
 {
     perAppTask_.stop();
     ++perAppRun_;
-    previousFlowBytes_.clear();
 }
 
 void NetworkMonitor::runThroughputCycle()
@@ -112,29 +115,36 @@ void NetworkMonitor::runThroughputCycle()
 
 void NetworkMonitor::runPerAppCycle(LoopTask::Done done)
 {
-    using Sample = std::pair<FlowTable, std::chrono::system_clock::time_point>;
+    using Sample = std::pair<std::optional<FlowSample>, std::chrono::system_clock::time_point>;
     runDetached(
         this,
         [flows = sources_.flows, clock = sources_.clock] {
-            FlowTable table = flows();
-            return Sample{std::move(table), clock()};
+            std::optional<FlowSample> sample = flows();
+            return Sample{std::move(sample), clock()};
         },
         [this, run = perAppRun_, done = std::move(done)](Sample sample) {
-            if (run == perAppRun_)
-                processFlows(sample.first, sample.second);
+            // A failed sample changes nothing: the next good one covers both rounds.
+            if (run == perAppRun_ && sample.first)
+                processFlows(*sample.first, sample.second);
             done();
         });
 }
 
-void NetworkMonitor::processFlows(const FlowTable& flows, std::chrono::system_clock::time_point timestamp)
+void NetworkMonitor::processFlows(const FlowSample& sample, std::chrono::system_clock::time_point timestamp)
 {
-    // A failed or empty sample keeps the old baseline, so the next good one covers both rounds.
-    if (flows.empty())
-        return;
-    FlowRound round = computeFlowRound(previousFlowBytes_, flows, dnsCache_);
+    const quint64 unattributed = sample.unattributed.inBytes + sample.unattributed.outBytes;
+    if (unattributed > 0 && unattributedBytes_ == 0)
+        logInfo(QStringLiteral("some connections closed before their process could be found; their bytes are "
+                               "counted as not attributable (first: %1 bytes)")
+                    .arg(unattributed));
+    unattributedBytes_ += unattributed;
+    if (sample.droppedCloses > droppedCloses_ && droppedCloses_ == 0)
+        logWarning(QStringLiteral("notices of closing connections were dropped under load; their last bytes are lost"));
+    droppedCloses_ = std::max<quint64>(droppedCloses_, sample.droppedCloses);
+
+    FlowRound round = perAppRound(sample.deltas, dnsCache_);
     for (const QString& ip : round.addressesWithTraffic)
         resolveHost(ip);
-    previousFlowBytes_ = flows;
     if (!round.deltas.empty() && onFlowDeltas_)
         onFlowDeltas_(round.deltas, timestamp);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "monitors/MonitorCommon.h"
+#include "monitors/NetworkFlowLedger.h"
 #include "monitors/NetworkTypes.h"
 
 #include <QHash>
@@ -21,11 +22,14 @@ namespace tallowmere {
 struct NetworkMonitorSources {
     // Cumulative received/sent bytes of all non-loopback interfaces; main thread, once a second.
     std::function<ByteCounts()> interfaceBytes;
-    // Cumulative per-connection counters; blocking, called from worker threads one at a time.
-    std::function<FlowTable()> flows;
+    // Bytes per connection owner since the previous call, none when it could not be read;
+    // blocking, called from worker threads one at a time.
+    std::function<std::optional<FlowSample>()> flows;
     // Host name of an address; blocking, called from worker threads.
     std::function<std::optional<QString>(const QString&)> reverseLookup;
     WallClock clock = systemNow;
+    // Makes the next flows() call a baseline; called when the per-app loop starts.
+    std::function<void()> restartFlows = nullptr;
 
     static NetworkMonitorSources system(const std::string& procRoot = "/proc");
 };
@@ -48,6 +52,10 @@ public:
     quint64 sessionDownload() const { return sessionDownload_; }
     quint64 sessionUpload() const { return sessionUpload_; }
     const QList<NetworkHistoryPoint>& history() const { return history_; }
+    // Bytes (both directions) of connections whose process could never be named, and close
+    // notices the kernel or our buffer dropped, since the monitor was created.
+    quint64 unattributedBytes() const { return unattributedBytes_; }
+    quint64 droppedCloseNotices() const { return droppedCloses_; }
 
     void setOnFlowDeltas(FlowDeltasHandler handler) { onFlowDeltas_ = std::move(handler); }
 
@@ -56,7 +64,7 @@ public:
     void setPerAppInterval(double seconds);
 
     // Starting a running loop does nothing. Stopping the throughput loop forgets the interface
-    // baseline, stopping the per-app loop forgets the connection baseline; published figures stay.
+    // baseline; starting the per-app loop takes a new connection baseline; published figures stay.
     void startThroughput();
     void stopThroughput();
     bool isThroughputRunning() const { return !throughputTask_.isEmpty(); }
@@ -66,7 +74,7 @@ public:
 
     // One throughput round and one per-app round, as the loops run them.
     void runThroughputCycle();
-    void processFlows(const FlowTable& flows, std::chrono::system_clock::time_point timestamp);
+    void processFlows(const FlowSample& sample, std::chrono::system_clock::time_point timestamp);
 
     // Looks the address's host name up in the background unless known or under way.
     void resolveHost(const QString& ip);
@@ -99,7 +107,8 @@ private:
     // Bumped on every stop, so a sample still in flight from an earlier run is not applied.
     quint64 perAppRun_ = 0;
     std::optional<ByteCounts> previousInterfaceBytes_;
-    FlowTable previousFlowBytes_;
+    quint64 unattributedBytes_ = 0;
+    quint64 droppedCloses_ = 0;
     QHash<QString, QString> dnsCache_;
     QSet<QString> dnsInFlight_;
 };

@@ -58,8 +58,9 @@ QString processLabel(std::string_view comm, int pid)
     return QString::fromUtf8(comm.data(), static_cast<qsizetype>(comm.size())) + u'.' + QString::number(pid);
 }
 
-NetworkSocketOwners::NetworkSocketOwners(std::string procRoot)
+NetworkSocketOwners::NetworkSocketOwners(std::string procRoot, Clock clock)
     : procRoot_(std::move(procRoot))
+    , clock_(std::move(clock))
 {
 }
 
@@ -71,7 +72,20 @@ const QString* NetworkSocketOwners::labelOf(std::uint64_t inode) const
 
 bool NetworkSocketOwners::processAlive(int pid) const
 {
-    return entryExists(procRoot_ + '/' + std::to_string(pid));
+    // A process that exited but was not reaped yet (state Z) holds no descriptors any more.
+    std::string stat;
+    if (!readSmallFile(procRoot_ + '/' + std::to_string(pid) + "/stat", stat))
+        return entryExists(procRoot_ + '/' + std::to_string(pid));
+    const std::size_t end = stat.rfind(')');
+    return end == std::string::npos || end + 2 >= stat.size() || (stat[end + 2] != 'Z' && stat[end + 2] != 'X');
+}
+
+void NetworkSocketOwners::rememberOwner(int pid)
+{
+    std::erase(recentOwners_, pid);
+    recentOwners_.push_front(pid);
+    if (recentOwners_.size() > kRecentOwners)
+        recentOwners_.pop_back();
 }
 
 void NetworkSocketOwners::update(std::span<const std::uint64_t> liveInodes)
@@ -102,28 +116,59 @@ void NetworkSocketOwners::update(std::span<const std::uint64_t> liveInodes)
     unowned_ = std::move(keptUnowned);
     if (unknown.empty())
         return;
-    scan(unknown);
-    for (const std::uint64_t inode : unknown) {
-        if (!owners_.contains(inode))
-            unowned_.insert(inode);
+
+    std::vector<int> recent;
+    for (const int pid : recentOwners_) {
+        const auto known = alive.find(pid);
+        if (known == alive.end() ? processAlive(pid) : known->second)
+            recent.push_back(pid);
     }
+    if (!recent.empty())
+        scan(unknown, recent);
+    const auto now = clock_();
+    if (unknown.empty() || (lastFullWalk_ && now - *lastFullWalk_ < kFullWalkInterval))
+        return;
+    // Sockets missed before may have been taken over by a process we can read since.
+    lastFullWalk_ = now;
+    unknown.insert(unowned_.begin(), unowned_.end());
+    unowned_.clear();
+    ++scanCount_;
+    scan(unknown, {});
+    unowned_.insert(unknown.begin(), unknown.end());
 }
 
-void NetworkSocketOwners::scan(const std::unordered_set<std::uint64_t>& wanted)
+void NetworkSocketOwners::scan(std::unordered_set<std::uint64_t>& wanted, const std::vector<int>& pids)
 {
-    ++scanCount_;
     const DirHandle proc = openDirectoryAt(AT_FDCWD, procRoot_.c_str());
     if (!proc)
         return;
     const int procFd = ::dirfd(proc.get());
     std::string comm;
     std::string path;
+    std::string name;
     char link[64];
-    while (const dirent* entry = ::readdir(proc.get())) {
-        const auto pid = pidOfName(entry->d_name);
+    std::size_t next = 0;
+    // Either the given processes, or every numeric entry of the process directory.
+    auto nextPid = [&]() -> std::optional<int> {
+        if (!pids.empty()) {
+            if (next >= pids.size())
+                return std::nullopt;
+            name = std::to_string(pids[next]);
+            return pids[next++];
+        }
+        while (const dirent* entry = ::readdir(proc.get())) {
+            if (const auto pid = pidOfName(entry->d_name)) {
+                name = entry->d_name;
+                return pid;
+            }
+        }
+        return std::nullopt;
+    };
+    while (!wanted.empty()) {
+        const auto pid = nextPid();
         if (!pid)
-            continue;
-        path.assign(entry->d_name).append("/fd");
+            return;
+        path.assign(name).append("/fd");
         // Other users' processes refuse this without privileges; their sockets stay unattributed.
         const DirHandle fds = openDirectoryAt(procFd, path.c_str());
         if (!fds)
@@ -137,15 +182,17 @@ void NetworkSocketOwners::scan(const std::unordered_set<std::uint64_t>& wanted)
             if (length <= 0 || static_cast<std::size_t>(length) >= sizeof link)
                 continue;
             const std::uint64_t inode = socketInodeOfLink({link, static_cast<std::size_t>(length)});
-            if (inode == 0 || !wanted.contains(inode) || owners_.contains(inode))
+            if (inode == 0 || !wanted.contains(inode))
                 continue;
             if (label.isNull()) {
-                path.assign(entry->d_name).append("/comm");
+                path.assign(name).append("/comm");
                 if (!readSmallFile(procFd, path.c_str(), comm))
                     break;
                 label = processLabel(comm, *pid);
+                rememberOwner(*pid);
             }
             owners_.emplace(inode, Owner{*pid, label});
+            wanted.erase(inode);
         }
     }
 }

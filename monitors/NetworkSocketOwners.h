@@ -2,20 +2,31 @@
 
 #include <QString>
 
+#include <chrono>
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <span>
 #include <string>
 #include <unordered_map>
+#include <optional>
 #include <unordered_set>
+#include <vector>
 
 namespace tallowmere {
 
 // Which process holds each socket inode, found through the <procRoot>/[pid]/fd links and
-// cached: the process directories are walked again only when a socket turns up that is
-// neither known nor known to be out of reach (another user's process, or held by nobody).
+// cached. A new socket is looked for first in the processes that held sockets recently (most
+// connections come from a few programs); every process is walked only when that fails, at
+// most once per kFullWalkInterval, and not for sockets known to be out of reach (another
+// user's process, or held by nobody).
 class NetworkSocketOwners {
 public:
-    explicit NetworkSocketOwners(std::string procRoot = "/proc");
+    using Clock = std::function<std::chrono::steady_clock::time_point()>;
+    static constexpr std::chrono::seconds kFullWalkInterval{5};
+    static constexpr std::size_t kRecentOwners = 32;
+
+    explicit NetworkSocketOwners(std::string procRoot = "/proc", Clock clock = std::chrono::steady_clock::now);
 
     // Brings the cache in line with the sockets alive now; forgets sockets that are gone.
     void update(std::span<const std::uint64_t> liveInodes);
@@ -23,7 +34,7 @@ public:
     // "comm.pid" of the process holding the socket, or null when it cannot be attributed.
     const QString* labelOf(std::uint64_t inode) const;
 
-    // How many times the process directories were walked (the expensive part).
+    // How many times every process directory was walked (the expensive part).
     int scanCount() const { return scanCount_; }
 
 private:
@@ -32,13 +43,18 @@ private:
         QString label;
     };
 
-    // One walk over every process; fills owners_ for the inodes in `wanted`.
-    void scan(const std::unordered_set<std::uint64_t>& wanted);
+    // Looks through the descriptors of the processes `pids` (every process when empty) and
+    // moves the inodes found from `wanted` into owners_.
+    void scan(std::unordered_set<std::uint64_t>& wanted, const std::vector<int>& pids);
     bool processAlive(int pid) const;
+    void rememberOwner(int pid);
 
     std::string procRoot_;
+    Clock clock_;
     std::unordered_map<std::uint64_t, Owner> owners_;
     std::unordered_set<std::uint64_t> unowned_;
+    std::deque<int> recentOwners_;  // newest first
+    std::optional<std::chrono::steady_clock::time_point> lastFullWalk_;
     int scanCount_ = 0;
 };
 

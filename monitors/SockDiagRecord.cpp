@@ -16,31 +16,36 @@ namespace tallowmere {
 
 namespace {
 
-// Decodes the attributes after an inet_diag_msg; only INET_DIAG_INFO matters here.
-std::optional<ByteCounts> tcpBytes(const std::byte* attributes, std::size_t length)
+// Decodes the attributes after an inet_diag_msg: the byte counters of INET_DIAG_INFO and the
+// cgroup id. A malformed attribute ends the walk; what was decoded before it stands.
+void decodeAttributes(const std::byte* attributes, std::size_t length, SockDiagRecord& record)
 {
     while (length >= sizeof(rtattr)) {
         rtattr header;
         std::memcpy(&header, attributes, sizeof header);
         if (header.rta_len < sizeof(rtattr) || header.rta_len > length)
-            return std::nullopt;
+            return;
+        const std::size_t payload = header.rta_len - RTA_LENGTH(0);
+        const std::byte* data = attributes + RTA_LENGTH(0);
         if (header.rta_type == INET_DIAG_INFO) {
             // Older kernels send a shorter tcp_info; the byte counters must be inside it.
-            const std::size_t payload = header.rta_len - RTA_LENGTH(0);
             constexpr std::size_t needed = offsetof(tcp_info, tcpi_bytes_received) + sizeof(__u64);
-            if (payload < needed)
-                return std::nullopt;
-            tcp_info info{};
-            std::memcpy(&info, attributes + RTA_LENGTH(0), std::min(payload, sizeof info));
-            return ByteCounts{info.tcpi_bytes_received, info.tcpi_bytes_acked};
+            if (payload >= needed) {
+                tcp_info info{};
+                std::memcpy(&info, data, std::min(payload, sizeof info));
+                record.bytes = ByteCounts{info.tcpi_bytes_received, info.tcpi_bytes_acked};
+            }
+        } else if (header.rta_type == INET_DIAG_CGROUP_ID && payload >= sizeof(std::uint64_t)) {
+            std::uint64_t id = 0;
+            std::memcpy(&id, data, sizeof id);
+            record.cgroupId = id;
         }
         const std::size_t step = RTA_ALIGN(header.rta_len);
         if (step >= length)
-            break;
+            return;
         attributes += step;
         length -= step;
     }
-    return std::nullopt;
 }
 
 SockDiagRecord decodeMessage(const std::byte* payload, std::size_t length)
@@ -53,15 +58,28 @@ SockDiagRecord decodeMessage(const std::byte* payload, std::size_t length)
     record.remotePort = ntohs(message.id.idiag_dport);
     record.uid = message.idiag_uid;
     record.inode = message.idiag_inode;
+    record.cookie = message.id.idiag_cookie[0] | (std::uint64_t{message.id.idiag_cookie[1]} << 32);
     const std::size_t head = NLMSG_ALIGN(sizeof message);
     if (length > head)
-        record.bytes = tcpBytes(payload + head, length - head);
+        decodeAttributes(payload + head, length - head, record);
+    // SYN and FIN take one sequence number each, which the kernel's counters include once
+    // acknowledged (ours) or received (the peer's FIN): not bytes of data. (Kernel TCP state
+    // numbers: SYN_SENT 2, SYN_RECV 3, FIN_WAIT2 5, CLOSE 7, CLOSE_WAIT 8, LAST_ACK 9, CLOSING 11.)
+    if (record.bytes) {
+        const unsigned state = message.idiag_state;
+        if (state != 2 && state != 3 && record.bytes->outBytes > 0)
+            --record.bytes->outBytes;
+        if ((state == 5 || state == 7) && record.bytes->outBytes > 0)
+            --record.bytes->outBytes;
+        if ((state == 7 || state == 8 || state == 9 || state == 11) && record.bytes->inBytes > 0)
+            --record.bytes->inBytes;
+    }
     return record;
 }
 
 } // namespace
 
-SockDiagChunk decodeSockDiagChunk(std::span<const std::byte> buffer, std::uint32_t sequence)
+SockDiagChunk decodeSockDiagChunk(std::span<const std::byte> buffer, std::optional<std::uint32_t> sequence)
 {
     SockDiagChunk chunk;
     const std::byte* data = buffer.data();
@@ -76,7 +94,7 @@ SockDiagChunk decodeSockDiagChunk(std::span<const std::byte> buffer, std::uint32
         const std::byte* payload = data + NLMSG_HDRLEN;
         const std::size_t payloadLength = header.nlmsg_len - NLMSG_HDRLEN;
         const std::size_t step = NLMSG_ALIGN(header.nlmsg_len);
-        if (header.nlmsg_seq != sequence) {
+        if (sequence && header.nlmsg_seq != *sequence) {
             // Left over from an earlier dump that timed out half-way; not ours to decode.
         } else if (header.nlmsg_type == NLMSG_DONE) {
             chunk.done = true;

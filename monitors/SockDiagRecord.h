@@ -17,12 +17,14 @@ struct SockDiagRecord {
     std::array<std::uint8_t, 16> remote{};        // network order; the first 4 bytes for AF_INET
     std::uint16_t remotePort = 0;
     std::uint32_t uid = 0;
-    std::uint64_t inode = 0;                      // 0 for sockets no process holds (TIME_WAIT)
+    std::uint64_t inode = 0;                      // 0 for sockets no process holds (closing, TIME_WAIT)
+    std::uint64_t cookie = 0;                     // the kernel's id of the socket, stable for its life
+    std::optional<std::uint64_t> cgroupId;        // cgroup v2 of the creating process, where sent
     std::optional<ByteCounts> bytes;              // tcpi_bytes_received / tcpi_bytes_acked
 };
 
 // The records of one buffer received from the dump numbered `sequence` (messages of other
-// dumps are skipped). `done` once NLMSG_DONE was seen; `failed` when the kernel answered with
+// dumps are skipped; none accepts every message, as the kernel's notifications carry 0). `done` once NLMSG_DONE was seen; `failed` when the kernel answered with
 // an error or the buffer was malformed.
 struct SockDiagChunk {
     std::vector<SockDiagRecord> records;
@@ -30,7 +32,7 @@ struct SockDiagChunk {
     bool failed = false;
 };
 
-SockDiagChunk decodeSockDiagChunk(std::span<const std::byte> buffer, std::uint32_t sequence);
+SockDiagChunk decodeSockDiagChunk(std::span<const std::byte> buffer, std::optional<std::uint32_t> sequence);
 
 // The request bytes of a dump of the connected TCP sockets of one family, with INET_DIAG_INFO.
 std::vector<std::byte> sockDiagDumpRequest(int family, std::uint32_t sequence);

@@ -125,6 +125,10 @@ void writeHost(MetricsWriter& w, const StatsSnapshot& s)
               n.sessionDownloadBytes);
     w.counter("tallowmere_network_session_upload_bytes_total", "Bytes sent since the monitor started.",
               n.sessionUploadBytes);
+    w.counter("tallowmere_network_unattributed_bytes_total",
+              "TCP bytes of connections that closed before their process could be found.", n.unattributedBytes);
+    w.counter("tallowmere_network_history_unwritten_deltas_total",
+              "Traffic records the history database could not store.", n.unwrittenHistoryDeltas);
 }
 
 void writeBatteryAndSystem(MetricsWriter& w, const StatsSnapshot& s)

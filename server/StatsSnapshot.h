@@ -40,6 +40,9 @@ struct StatsSnapshot {
         double uploadBytesPerSec = 0;
         std::uint64_t sessionDownloadBytes = 0;
         std::uint64_t sessionUploadBytes = 0;
+        // Served in /metrics only: bytes no process could be named for, history rows not written.
+        std::uint64_t unattributedBytes = 0;
+        std::uint64_t unwrittenHistoryDeltas = 0;
     };
     struct Battery {
         bool isPresent = false;

@@ -30,7 +30,7 @@ struct MovingServices {
         [] { return std::optional(VolumeCapacity{500 * GiB, 200 * GiB}); },
         [this] { return std::optional(DiskCounters{diskReads * 1000000, diskReads++ * 3000000}); }})};
     NetworkMonitoringService network{nullptr, std::make_unique<NetworkMonitor>(NetworkMonitorSources{
-        [this] { return ByteCounts{5000 + netReads * 1000, 7000 + netReads++ * 250}; }, [] { return FlowTable{}; },
+        [this] { return ByteCounts{5000 + netReads * 1000, 7000 + netReads++ * 250}; }, [] { return std::optional<FlowSample>(); },
         [](const QString&) { return std::optional<QString>(); }})};
 
     std::vector<MonitoringService*> all() { return {&cpu, &memory, &disk, &network}; }

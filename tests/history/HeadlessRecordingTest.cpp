@@ -60,7 +60,7 @@ TEST_F(HeadlessRecordingTest, RecordsRealTrafficAndKeepsCommittedBatchesThroughS
 
     constexpr std::int64_t up = 40'000, down = 160'000;
     connection.exchange(up, down);
-    // Recording alone samples every 10 seconds.
+    // Recording samples once a second.
     ASSERT_TRUE(test::waitUntil([&] { return recordedToServer() == std::pair{down, up}; }, 25'000))
         << "recorded in " << recordedToServer().first << " out " << recordedToServer().second;
     // Keep traffic going so the kill may well land in the middle of a batch.

@@ -35,7 +35,7 @@ T scalar(const QString& path, std::string_view sql)
 {
     auto db = SqliteDatabase::open(path);
     SqliteStatement statement = db ? db->prepare(sql) : SqliteStatement{};
-    const bool row = statement && statement.step();
+    const bool row = statement && statement.step() == SqliteStep::row;
     if constexpr (std::is_same_v<T, QString>)
         return row ? statement.columnText(0).value_or(QString()) : QString();
     else

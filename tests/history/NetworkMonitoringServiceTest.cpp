@@ -11,8 +11,8 @@
 namespace tallowmere {
 namespace {
 
-// A service over a store in a temporary folder and a monitor whose flows grow by 1000 bytes
-// in each direction per sample on one connection.
+// A service over a store in a temporary folder and a monitor whose source reports 1000 bytes in
+// each direction per sample on one connection, after a first baseline sample.
 class NetworkMonitoringServiceTest : public ::testing::Test {
 protected:
     NetworkMonitoringServiceTest()
@@ -20,8 +20,9 @@ protected:
         NetworkMonitorSources sources{
             .interfaceBytes = [this] { return ByteCounts{static_cast<std::uint64_t>(++interfaceReads) * 100, 0}; },
             .flows = [samples = samples] {
-                const auto n = static_cast<std::uint64_t>(++*samples);
-                return FlowTable{{FlowKey{"curl.42", "192.0.2.7"}, {n * 1000, n * 1000}}};
+                if (++*samples == 1)
+                    return std::optional(FlowSample{});
+                return std::optional(FlowSample{{{FlowKey{"curl.42", "192.0.2.7"}, {1000, 1000}}}});
             },
             .reverseLookup = [](const QString&) { return std::optional<QString>(); }};
         service = std::make_unique<NetworkMonitoringService>(std::make_unique<NetworkUsageStore>(dir.path()),
@@ -69,7 +70,7 @@ TEST_F(NetworkMonitoringServiceTest, MenuBarOrServerRunThroughputOnly)
     EXPECT_FALSE(service->isActive() || service->monitor().isThroughputRunning() || service->monitor().isPerAppRunning());
 }
 
-TEST_F(NetworkMonitoringServiceTest, RecordingAloneSamplesEveryTenSecondsAndStores)
+TEST_F(NetworkMonitoringServiceTest, RecordingAloneSamplesAndStores)
 {
     QSignalSpy recordingSpy(service.get(), &NetworkMonitoringService::recordingActiveChanged);
     set(false, false, false, true);
@@ -82,7 +83,7 @@ TEST_F(NetworkMonitoringServiceTest, RecordingAloneSamplesEveryTenSecondsAndStor
     // The page keeps the loop going at its own period, but nothing more is stored.
     set(true, false, false, false);
     EXPECT_TRUE(service->monitor().isPerAppRunning());
-    EXPECT_EQ(service->monitor().perAppInterval(), 2.0);
+    EXPECT_EQ(service->monitor().perAppInterval(), NetworkMonitoringService::kPageInterval);
     service->monitor().setPerAppInterval(0.02);
     const int sampled = samples->load();
     // The first sample is the baseline; each later one applied stored 1000 bytes (a sample
@@ -98,9 +99,12 @@ TEST_F(NetworkMonitoringServiceTest, PagePeriodFollowsWhoIsWatchingWithoutRestar
     set(false, false, false, true);
     ASSERT_TRUE(service->monitor().isPerAppRunning());
     set(true, false, false, true);
-    EXPECT_EQ(service->monitor().perAppInterval(), 2.0);
+    EXPECT_EQ(service->monitor().perAppInterval(), NetworkMonitoringService::kRecordingInterval)
+        << "recording keeps its shorter period while the page is shown";
+    set(true, false, false, false);
+    EXPECT_EQ(service->monitor().perAppInterval(), NetworkMonitoringService::kPageInterval);
     set(false, false, false, true);
-    EXPECT_EQ(service->monitor().perAppInterval(), 10.0);
+    EXPECT_EQ(service->monitor().perAppInterval(), NetworkMonitoringService::kRecordingInterval);
     // Only the first sample of the run was taken: no restart, so no second baseline sample.
     ASSERT_TRUE(test::waitUntil([&] { return samples->load() == 1; }));
     QTest::qWait(100);

@@ -30,30 +30,27 @@ TEST_F(NetworkUsageStoreTest, CreatesTheSchemaInWalModeAndDropsTheOldTable)
     SqliteDatabase::open(path())->exec("CREATE TABLE app_usage (bucket INTEGER, app TEXT)");
     makeStore()->waitForIdle();
     EXPECT_EQ(scalar<QString>(path(), "PRAGMA journal_mode"), "wal");
-    EXPECT_EQ(scalar<QString>(path(), "SELECT group_concat(sql, ';') FROM sqlite_master WHERE type = 'table'"),
-              QStringLiteral("CREATE TABLE endpoint_usage (\n    bucket INTEGER NOT NULL,\n    app TEXT NOT NULL,\n"
-                             "    ip TEXT NOT NULL,\n    bytes_in INTEGER NOT NULL DEFAULT 0,\n"
-                             "    bytes_out INTEGER NOT NULL DEFAULT 0,\n    PRIMARY KEY (bucket, app, ip)\n);"
-                             "CREATE TABLE hosts (\n    ip TEXT PRIMARY KEY,\n    host TEXT NOT NULL\n)"));
+    EXPECT_EQ(scalar<QString>(path(), "SELECT group_concat(name, ',') FROM sqlite_master WHERE type = 'table'"),
+              "endpoint_usage,hosts,endpoint_usage_hourly");
 }
 
 TEST_F(NetworkUsageStoreTest, RecordsAddUpPerMinuteKeepResolvedNamesAndClampHugeCounts)
 {
     auto store = makeStore();
-    store->record({{"Safari", "17.253.1.2", "17.253.1.2", 100, 10}, {"big", "9.9.9.9", "9.9.9.9", ~0ull, 3}},
+    store->record({{"firefox-esr", "203.0.113.7", "203.0.113.7", 100, 10}, {"big", "9.9.9.9", "9.9.9.9", ~0ull, 3}},
                   at(kNowMinute + 5));
-    store->record({{"Safari", "17.253.1.2", "apple.example", 50, 5}}, at(kNowMinute + 59));
-    store->record({{"Safari", "17.253.1.2", "17.253.1.2", 1, 1}}, at(kNowMinute + 60));
+    store->record({{"firefox-esr", "203.0.113.7", "mirror.example.org", 50, 5}}, at(kNowMinute + 59));
+    store->record({{"firefox-esr", "203.0.113.7", "203.0.113.7", 1, 1}}, at(kNowMinute + 60));
     store->waitForIdle();
     EXPECT_EQ(scalar(path(), "SELECT count(*) FROM endpoint_usage"), 3);
-    EXPECT_EQ(scalar(path(), "SELECT bytes_in FROM endpoint_usage WHERE app = 'Safari' AND bucket = "
+    EXPECT_EQ(scalar(path(), "SELECT bytes_in FROM endpoint_usage WHERE app = 'firefox-esr' AND bucket = "
                              + std::to_string(kNowMinute)), 150);
     EXPECT_EQ(scalar(path(), "SELECT bytes_in FROM endpoint_usage WHERE app = 'big'"), std::numeric_limits<std::int64_t>::max());
     // An unresolved delta neither adds a name nor wipes the one stored; a new name replaces it.
-    EXPECT_EQ(scalar<QString>(path(), "SELECT group_concat(ip || '=' || host) FROM hosts"), "17.253.1.2=apple.example");
-    store->record({{"Safari", "17.253.1.2", "renamed.example", 1, 1}}, at(kNow));
+    EXPECT_EQ(scalar<QString>(path(), "SELECT group_concat(ip || '=' || host) FROM hosts"), "203.0.113.7=mirror.example.org");
+    store->record({{"firefox-esr", "203.0.113.7", "renamed.example", 1, 1}}, at(kNow));
     store->waitForIdle();
-    EXPECT_EQ(scalar<QString>(path(), "SELECT group_concat(ip || '=' || host) FROM hosts"), "17.253.1.2=renamed.example");
+    EXPECT_EQ(scalar<QString>(path(), "SELECT group_concat(ip || '=' || host) FROM hosts"), "203.0.113.7=renamed.example");
 }
 
 TEST_F(NetworkUsageStoreTest, SeriesHasEveryBucketFromTheAlignedStartThroughNow)
@@ -125,6 +122,7 @@ TEST_F(NetworkUsageStoreTest, RetentionRunsAtOpenOnlyAndDestructionFinishesQueue
     makeStore()->waitForIdle();
     EXPECT_EQ(scalar(path(), "SELECT count(*) FROM endpoint_usage WHERE app = 'ancient'"), 0);
     EXPECT_EQ(scalar(path(), "SELECT count(*) FROM endpoint_usage WHERE app = 'recent'"), 1);
+    EXPECT_EQ(scalar<QString>(path(), "SELECT group_concat(app) FROM endpoint_usage_hourly WHERE app != 'burst'"), "recent");
     EXPECT_EQ(scalar(path(), "SELECT count(*) FROM hosts WHERE host = 'one.example'"), 1) << "names are never deleted";
 }
 

@@ -1,9 +1,16 @@
 #include "monitors/NetworkFlowSource.h"
 #include "monitors/NetworkMonitor.h"
 
+#include "monitors/NetworkFlows.h"
+#include "monitors/SockDiagDestroyListener.h"
+
 #include "tests/support/LoopbackConnection.h"
 
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
 #include <atomic>
+#include <map>
 
 #include <gtest/gtest.h>
 
@@ -19,10 +26,11 @@ TEST(NetworkFlowSource, RealTrafficArrivesAsFlowDeltasOfThisProcess)
     std::atomic<int> samples{0};
     NetworkMonitorSources sources = NetworkMonitorSources::system();
     sources.flows = [real, &samples] {
-        FlowTable table = real->sample();
+        auto sample = real->sample();
         ++samples;
-        return table;
+        return sample;
     };
+    sources.restartFlows = [real] { real->restart(); };
     // Name lookups are not what this test is about, and may wait on an absent resolver.
     sources.reverseLookup = [](const QString&) { return std::optional<QString>(); };
     NetworkMonitor monitor(sources);
@@ -47,6 +55,195 @@ TEST(NetworkFlowSource, RealTrafficArrivesAsFlowDeltasOfThisProcess)
     const int scans = real->ownerScanCount();
     real->sample();
     EXPECT_EQ(real->ownerScanCount(), scans);
+}
+
+} // namespace
+} // namespace tallowmere
+
+namespace tallowmere {
+namespace {
+
+// A listener on 127.0.0.2 that drains every connection.
+struct Sink {
+    UniqueFd listener{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+    sockaddr_in address{};
+    std::thread thread;
+
+    Sink()
+    {
+        address.sin_family = AF_INET;
+        inet_pton(AF_INET, LoopbackConnection::kServerAddress, &address.sin_addr);
+        socklen_t length = sizeof address;
+        ::bind(listener.get(), reinterpret_cast<sockaddr*>(&address), length);
+        ::listen(listener.get(), 8);
+        ::getsockname(listener.get(), reinterpret_cast<sockaddr*>(&address), &length);
+        thread = std::thread([this] {
+            std::vector<std::thread> readers;
+            for (int fd; (fd = ::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC)) >= 0;)
+                readers.emplace_back([fd] {
+                    char buffer[4096];
+                    while (::recv(fd, buffer, sizeof buffer, 0) > 0) {
+                    }
+                    ::close(fd);
+                });
+            for (std::thread& reader : readers)
+                reader.join();
+        });
+    }
+    ~Sink()
+    {
+        ::shutdown(listener.get(), SHUT_RDWR);
+        thread.join();
+    }
+};
+
+// A child process connected to the sink that sends on command: a byte count to send, 0 to
+// close and exit, -1 to hand the connection to a grandchild (which then takes the commands).
+class Sender {
+public:
+    Sender(const Sink& sink, const char* name)
+    {
+        if (::pipe(commands_) != 0 || ::pipe(acks_) != 0)
+            throw std::runtime_error("pipe");
+        pid_ = ::fork();
+        if (pid_ == 0)
+            run(sink, name);
+    }
+    // Returns once the child has done it.
+    void command(std::int64_t value)
+    {
+        [[maybe_unused]] ssize_t n = ::write(commands_[1], &value, sizeof value);
+        char ack;
+        n = ::read(acks_[0], &ack, 1);
+    }
+    ~Sender()
+    {
+        ::waitpid(pid_, nullptr, 0);
+        for (int fd : {commands_[0], commands_[1], acks_[0], acks_[1]})
+            ::close(fd);
+    }
+    pid_t pid() const { return pid_; }
+
+private:
+    [[noreturn]] void run(const Sink& sink, const char* name)
+    {
+        ::prctl(PR_SET_NAME, name);
+        const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+        ::connect(fd, reinterpret_cast<const sockaddr*>(&sink.address), sizeof sink.address);
+        std::vector<char> buffer(64 * 1024, 'x');
+        for (std::int64_t value; ::read(commands_[0], &value, sizeof value) == sizeof value;) {
+            if (value == -1 && ::fork() != 0) {
+                ::write(acks_[1], "k", 1);  // the grandchild holds the connection from here on
+                ::_exit(0);
+            }
+            if (value == -1) {
+                ::prctl(PR_SET_NAME, "tm-heir");
+                continue;
+            }
+            for (std::int64_t left = value; left > 0;)
+                left -= ::send(fd, buffer.data(), std::min<std::size_t>(left, buffer.size()), MSG_NOSIGNAL);
+            if (value == 0)
+                ::close(fd);
+            ::write(acks_[1], "k", 1);
+            if (value == 0)
+                ::_exit(0);
+        }
+        ::_exit(0);
+    }
+    int commands_[2];
+    int acks_[2];
+    pid_t pid_ = -1;
+};
+
+// Bytes sent to the sink per process label, summed over samples until `done` holds.
+struct Tally {
+    NetworkFlowSource& source;
+    std::map<QString, std::uint64_t> out = {};
+    void sample()
+    {
+        if (auto taken = source.sample())
+            for (const auto& [key, bytes] : taken->deltas)
+                if (key.remoteIP == LoopbackConnection::kServerAddress)
+                    out[applicationName(key.processKey)] += bytes.outBytes;
+    }
+};
+
+// Whether this kernel multicasts close notices (some virtual machines' kernels do not).
+bool kernelSendsCloseNotices()
+{
+    static const bool sends = [] {
+        SockDiagDestroyListener listener;
+        { LoopbackConnection connection; }
+        return listener.isListening() && test::waitUntil([&] { return !listener.take().empty(); }, 2000);
+    }();
+    return sends;
+}
+
+TEST(NetworkFlowSource, ChildrenThatExitBetweenRoundsOrHandTheirSocketOnAreCountedToTheLastByte)
+{
+    Sink sink;
+    auto now = std::chrono::steady_clock::time_point{};
+    NetworkFlowSource source("/proc", [&] { return now; });
+    Tally tally{source};
+    // Every round may walk all processes: the children are new to it each time.
+    auto round = [&] {
+        now += NetworkSocketOwners::kFullWalkInterval;
+        tally.sample();
+    };
+    round();  // the baseline: the children are born after it
+
+    Sender leaver(sink, "tm-leaver");
+    Sender handing(sink, "tm-hander");
+    leaver.command(100'000);
+    handing.command(30'000);
+    round();
+    // The leaver sends more and exits before the next round; only its close notice tells.
+    leaver.command(250'000);
+    leaver.command(0);
+    handing.command(-1);
+    handing.command(7'000);
+    round();
+    EXPECT_EQ(tally.out["tm-hander"], 30'000u);
+    EXPECT_EQ(tally.out["tm-heir"], 7'000u) << "bytes after the hand-over count for the process holding it";
+    handing.command(0);
+    if (!kernelSendsCloseNotices()) {
+        EXPECT_EQ(tally.out["tm-leaver"], 100'000u) << "without close notices the last round's bytes are lost";
+        GTEST_SKIP() << "this kernel sends no close notices";
+    }
+    EXPECT_TRUE(test::waitUntil([&] {
+        round();
+        return tally.out["tm-leaver"] >= 350'000;
+    }));
+    EXPECT_EQ(tally.out["tm-leaver"], 350'000u);
+}
+
+TEST(SockDiagDestroyListener, ReportsAClosedConnectionWithItsFinalCounts)
+{
+    if (!kernelSendsCloseNotices())
+        GTEST_SKIP() << "this kernel sends no close notices";
+    SockDiagDestroyListener listener;
+    ASSERT_TRUE(listener.isListening());
+    std::uint64_t cookie = 0;
+    {
+        LoopbackConnection connection;
+        connection.exchange(12'345, 678);
+        SockDiagSocket diag;
+        const auto records = diag.dumpAllTcp();
+        ASSERT_TRUE(records.has_value());
+        for (const SockDiagRecord& record : *records)
+            if (remoteAddressText(record) == LoopbackConnection::kServerAddress && record.inode != 0)
+                cookie = record.cookie;
+    }
+    ASSERT_NE(cookie, 0u);
+    std::optional<SockDiagRecord> closed;
+    ASSERT_TRUE(test::waitUntil([&] {
+        for (const SockDiagRecord& record : listener.take())
+            if (record.cookie == cookie)
+                closed = record;
+        return closed.has_value();
+    }));
+    EXPECT_EQ(closed->inode, 0u);
+    EXPECT_EQ(closed->bytes, (ByteCounts{678, 12'345}));
 }
 
 } // namespace

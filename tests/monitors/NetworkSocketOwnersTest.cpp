@@ -39,13 +39,14 @@ TEST(NetworkSocketOwners, ParsesLinks)
         EXPECT_EQ(socketInodeOfLink(other), 0u) << other;
 }
 
-TEST(NetworkSocketOwners, FindsOwnersAndWalksTheProcessesOnlyForUnknownSockets)
+TEST(NetworkSocketOwners, FindsOwnersInRecentProcessesFirstAndWalksEveryProcessAtMostOncePerInterval)
 {
     ProcTree proc;
     proc.process(100, "Web Content", {{3, "socket:[5001]"}, {4, "/dev/null"}, {5, "socket:[5002]"}});
     proc.process(200, "curl", {{3, "socket:[6001]"}, {4, "pipe:[77]"}});
     test::writeFile(QString::fromStdString(proc.path()), "self/comm", "not a pid\n");
-    NetworkSocketOwners owners(proc.path());
+    auto now = std::chrono::steady_clock::time_point{};
+    NetworkSocketOwners owners(proc.path(), [&] { return now; });
     auto label = [&](std::uint64_t inode) { return owners.labelOf(inode) ? *owners.labelOf(inode) : QString(); };
 
     owners.update(Inodes{5001, 5002, 6001, 9999});
@@ -56,11 +57,18 @@ TEST(NetworkSocketOwners, FindsOwnersAndWalksTheProcessesOnlyForUnknownSockets)
     // Held by nobody we can see (another user's process): unattributed, and remembered as such.
     EXPECT_EQ(owners.labelOf(9999), nullptr);
 
-    owners.update(Inodes{5001, 6001, 9999});
-    EXPECT_EQ(owners.scanCount(), 1) << "known and unreachable sockets need no new walk";
+    // A new socket of a process that held sockets before is found without walking everything.
+    proc.process(200, "curl", {{5, "socket:[6002]"}});
+    owners.update(Inodes{5001, 6001, 6002, 9999});
+    EXPECT_EQ(owners.scanCount(), 1);
+    EXPECT_EQ(label(6002), "curl.200");
     EXPECT_EQ(owners.labelOf(5002), nullptr) << "a socket gone from the dump is forgotten";
 
+    // A new process is found by the next full walk, which waits for its interval.
     proc.process(300, "ssh", {{3, "socket:[7001]"}});
+    owners.update(Inodes{5001, 6001, 7001});
+    EXPECT_EQ(owners.labelOf(7001), nullptr);
+    now += NetworkSocketOwners::kFullWalkInterval;
     owners.update(Inodes{5001, 6001, 7001});
     EXPECT_EQ(owners.scanCount(), 2);
     EXPECT_EQ(label(7001), "ssh.300");
@@ -68,6 +76,7 @@ TEST(NetworkSocketOwners, FindsOwnersAndWalksTheProcessesOnlyForUnknownSockets)
     // The owner ended and its child kept the inherited socket: asked again, not the dead label.
     proc.end(100);
     proc.process(101, "sleep", {{0, "socket:[5001]"}});
+    now += NetworkSocketOwners::kFullWalkInterval;
     owners.update(Inodes{5001, 6001, 7001});
     EXPECT_EQ(owners.scanCount(), 3);
     EXPECT_EQ(label(5001), "sleep.101");

@@ -1,3 +1,4 @@
+#include "monitors/SockDiagDestroyListener.h"
 #include "monitors/SockDiagRecord.h"
 
 #include <arpa/inet.h>
@@ -49,7 +50,7 @@ void appendSocket(std::vector<std::byte>& out, std::uint32_t sequence, int famil
 TEST(SockDiagRecord, DecodesSocketsOfThisDumpUntilDoneAndFailsOnErrors)
 {
     std::vector<std::byte> buffer;
-    appendSocket(buffer, 7, AF_INET, "17.253.1.2", 4242, sizeof(tcp_info), 1000, 2000);
+    appendSocket(buffer, 7, AF_INET, "203.0.113.7", 4242, sizeof(tcp_info), 1000, 2000);
     appendSocket(buffer, 7, AF_INET6, "::ffff:192.168.1.5", 4343, sizeof(tcp_info), 5, 6);
     // An older kernel's shorter tcp_info still holds both counters; a still shorter one does not.
     appendSocket(buffer, 7, AF_INET6, "2606:4700::1", 1, offsetof(tcp_info, tcpi_bytes_received) + 8, 77, 88);
@@ -60,11 +61,12 @@ TEST(SockDiagRecord, DecodesSocketsOfThisDumpUntilDoneAndFailsOnErrors)
     EXPECT_TRUE(chunk.done && !chunk.failed);
     ASSERT_EQ(chunk.records.size(), 5u);
     EXPECT_EQ(chunk.records[0].inode, 4242u);
-    EXPECT_EQ(chunk.records[0].bytes, (ByteCounts{1000, 2000}));
-    EXPECT_EQ(remoteAddressText(chunk.records[0]), QStringLiteral("17.253.1.2"));
+    // An established socket's acknowledged count includes its SYN, which is no byte of data.
+    EXPECT_EQ(chunk.records[0].bytes, (ByteCounts{1000, 1999}));
+    EXPECT_EQ(remoteAddressText(chunk.records[0]), QStringLiteral("203.0.113.7"));
     EXPECT_EQ(remoteAddressText(chunk.records[1]), QStringLiteral("192.168.1.5")) << "mapped IPv4 reads as IPv4";
     EXPECT_EQ(remoteAddressText(chunk.records[2]), QStringLiteral("2606:4700::1"));
-    EXPECT_EQ(chunk.records[2].bytes, (ByteCounts{77, 88}));
+    EXPECT_EQ(chunk.records[2].bytes, (ByteCounts{77, 87}));
     EXPECT_FALSE(chunk.records[3].bytes || chunk.records[4].bytes);
 
     // Other dumps are skipped; errors and broken lengths fail the dump.
@@ -83,6 +85,61 @@ TEST(SockDiagRecord, DecodesSocketsOfThisDumpUntilDoneAndFailsOnErrors)
     appendSocket(truncated, 6, AF_INET, "10.0.0.1", 1, sizeof(tcp_info));
     truncated.resize(truncated.size() - 10);
     EXPECT_TRUE(decodeSockDiagChunk(truncated, 6).failed);
+}
+
+// Close notices as the kernel multicasts them: sequence 0, cookie set, inode 0, tcp_info and
+// a cgroup id after a padding attribute; a broken attribute keeps what came before it.
+TEST(SockDiagRecord, DecodesCloseNoticesAndBoundsWhatIsKept)
+{
+    auto notice = [](std::uint32_t cookie, std::uint32_t uid, bool brokenTail) {
+        inet_diag_msg message{};
+        message.idiag_family = AF_INET;
+        message.idiag_uid = uid;
+        message.idiag_state = 7;  // closed: both FINs are in the counters, and our SYN
+        message.id.idiag_cookie[0] = cookie;
+        message.id.idiag_cookie[1] = 1;
+        inet_pton(AF_INET, "203.0.113.7", message.id.idiag_dst);
+        tcp_info info{};
+        info.tcpi_bytes_received = 10 * cookie;
+        info.tcpi_bytes_acked = 20 * cookie;
+        const std::uint64_t cgroup = 4242;
+        std::vector<std::byte> payload(NLMSG_ALIGN(sizeof message) + RTA_SPACE(0) + RTA_SPACE(sizeof info)
+                                       + RTA_SPACE(sizeof cgroup) + (brokenTail ? RTA_SPACE(0) : 0));
+        std::byte* at = payload.data();
+        auto put = [&](const void* data, std::size_t size, std::size_t advance) {
+            std::memcpy(at, data, size);
+            at += advance;
+        };
+        put(&message, sizeof message, NLMSG_ALIGN(sizeof message));
+        const rtattr pad{static_cast<unsigned short>(RTA_LENGTH(0)), INET_DIAG_PAD};
+        put(&pad, sizeof pad, RTA_SPACE(0));
+        const rtattr infoHeader{static_cast<unsigned short>(RTA_LENGTH(sizeof info)), INET_DIAG_INFO};
+        put(&infoHeader, sizeof infoHeader, RTA_LENGTH(0));
+        put(&info, sizeof info, RTA_ALIGN(sizeof info));
+        const rtattr cgroupHeader{static_cast<unsigned short>(RTA_LENGTH(sizeof cgroup)), INET_DIAG_CGROUP_ID};
+        put(&cgroupHeader, sizeof cgroupHeader, RTA_LENGTH(0));
+        put(&cgroup, sizeof cgroup, RTA_ALIGN(sizeof cgroup));
+        if (brokenTail) {
+            const rtattr broken{200, INET_DIAG_MARK};  // longer than what is left
+            put(&broken, sizeof broken, 0);
+        }
+        std::vector<std::byte> out;
+        append(out, SOCK_DIAG_BY_FAMILY, 0, payload);
+        return out;
+    };
+    std::vector<std::byte> buffer = notice(7, 1000, true);
+    for (const auto& more : {notice(8, 1001, false), notice(9, 1000, false), notice(10, 1000, false)})
+        buffer.insert(buffer.end(), more.begin(), more.end());
+
+    std::vector<SockDiagRecord> kept;
+    // Only uid 1000's, and at most two: the third of that user's is counted as lost.
+    EXPECT_EQ(SockDiagDestroyListener::collect(buffer, 1000, 2, kept), 1u);
+    ASSERT_EQ(kept.size(), 2u);
+    EXPECT_EQ(kept[0].cookie, 7u | (1ull << 32));
+    EXPECT_EQ(kept[0].inode, 0u);
+    EXPECT_EQ(kept[0].bytes, (ByteCounts{69, 138}));
+    EXPECT_EQ(kept[0].cgroupId, 4242u);
+    EXPECT_EQ(kept[1].bytes, (ByteCounts{89, 178}));
 }
 
 } // namespace
