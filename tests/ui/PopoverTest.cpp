@@ -212,6 +212,13 @@ TEST_F(PopoverTest, KeepAwakeAndWakeControlsReachTheirServices)
     EXPECT_EQ(kit.power.wakeHour(), (hour + 13) % 24);
     kit.power.waitForCommands();
     EXPECT_FALSE(kit.commands().isEmpty());
+    // The password dialog was dismissed, so the row must say the wake is not in place.
+    EXPECT_TRUE(kit.power.wakeEnabled());
+    EXPECT_FALSE(kit.power.wakeInstalled());
+    ASSERT_FALSE(kit.power.wakeProblem().isEmpty());
+    EXPECT_EQ(child<QLabel>("wakeProblem")->text(), kit.power.wakeProblem());
+    EXPECT_FALSE(child<QLabel>("wakeProblem")->isHidden());
+    EXPECT_FALSE(child<HoverButton>("wakeRetry")->isHidden());
 
     child<HoverButton>("sleepNow")->click();
     kit.power.waitForCommands();

@@ -27,7 +27,8 @@ struct TrayTestKit {
         WakeTools tools;
         tools.user = QStringLiteral("tester");
         tools.helper = writeScript(dir.filePath(QStringLiteral("helper")), record);
-        tools.pkexec = writeScript(dir.filePath(QStringLiteral("pkexec")), record);
+        // The user dismisses the password dialog: the wake is stored but not installed.
+        tools.pkexec = writeScript(dir.filePath(QStringLiteral("pkexec")), record + "exit 126\n");
         tools.systemctl = writeScript(dir.filePath(QStringLiteral("systemctl")), record);
         tools.systemUnitDirectory = dir.filePath(QStringLiteral("units"));
         tools.oldUserUnitDirectory = dir.filePath(QStringLiteral("user-units"));

@@ -77,6 +77,8 @@ SleepWakeSection::SleepWakeSection(const Theme& theme, PowerScheduleService& pow
     , wakeTime_(makeLabel({}, Theme::font(10), theme.colors.secondaryText, this))
     , clock_(makeLabel({}, Theme::font(14, QFont::DemiBold), theme.colors.text, this))
     , meridiem_(new HoverButton(theme, QStringLiteral("AM"), this))
+    , problem_(makeLabel({}, Theme::font(9), theme.colors.warning, this))
+    , retry_(new HoverButton(theme, QStringLiteral("Try Again"), this))
 {
     setObjectName(QStringLiteral("sleepWake"));
     auto* sleepNow = new HoverButton(theme, QStringLiteral("Sleep Now"), this);
@@ -122,9 +124,17 @@ SleepWakeSection::SleepWakeSection(const Theme& theme, PowerScheduleService& pow
     column->addLayout(editor);
     column->addWidget(makeLabel(QStringLiteral("Repeats every day"), Theme::font(9), theme.colors.tertiaryText, this),
                       0, Qt::AlignHCenter);
+    // The schedule is stored either way; when the system timer could not be put in place the
+    // row says so rather than pretend the machine will wake.
+    problem_->setObjectName(QStringLiteral("wakeProblem"));
+    problem_->setWordWrap(true);
+    retry_->setObjectName(QStringLiteral("wakeRetry"));
+    connect(retry_, &HoverButton::clicked, this, [this] { power_.applyAgain(); });
+    column->addWidget(problem_);
+    column->addWidget(retry_);
 
     for (auto signal : {&PowerScheduleService::wakeEnabledChanged, &PowerScheduleService::wakeHourChanged,
-                        &PowerScheduleService::wakeMinuteChanged})
+                        &PowerScheduleService::wakeMinuteChanged, &PowerScheduleService::wakeProblemChanged})
         connect(&power_, signal, this, &SleepWakeSection::refresh);
     refresh();
 }
@@ -135,6 +145,9 @@ void SleepWakeSection::refresh()
     wakeTime_->setText(wakeTimeText(power_.wakeHour(), power_.wakeMinute()));
     clock_->setText(wakeClockText(power_.wakeHour(), power_.wakeMinute()));
     meridiem_->setText(meridiemText(power_.wakeHour()));
+    problem_->setText(power_.wakeProblem());
+    problem_->setVisible(!power_.wakeProblem().isEmpty());
+    retry_->setVisible(!power_.wakeProblem().isEmpty());
 }
 
 KeepAwakeSection::KeepAwakeSection(const Theme& theme, KeepAwakeService& keepAwake, QWidget* parent)

@@ -31,6 +31,8 @@ private:
     QLabel* wakeTime_;
     QLabel* clock_;
     HoverButton* meridiem_;
+    QLabel* problem_;
+    HoverButton* retry_;
 };
 
 // "Keep Awake": the on/off switch with the session's status, three modes and four durations.
