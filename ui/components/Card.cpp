@@ -1,5 +1,6 @@
 #include "ui/components/Card.h"
 
+#include "ui/components/Label.h"
 #include "ui/components/Icons.h"
 #include "ui/components/Theme.h"
 
@@ -9,18 +10,6 @@
 #include <QPushButton>
 
 namespace tallowmere {
-
-namespace {
-QLabel* makeLabel(const QString& text, const QFont& font, const QColor& color, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setFont(font);
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, color);
-    label->setPalette(palette);
-    return label;
-}
-} // namespace
 
 Card::Card(const Theme& theme, const QString& title, const QString& icon, const QColor& accent, QWidget* parent)
     : QWidget(parent)

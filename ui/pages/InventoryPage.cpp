@@ -1,5 +1,6 @@
 #include "ui/pages/InventoryPage.h"
 
+#include "ui/components/Label.h"
 #include "ui/components/Card.h"
 #include "ui/components/Icons.h"
 #include "ui/components/InfoRow.h"
@@ -12,18 +13,6 @@
 #include <QScrollArea>
 
 namespace tallowmere {
-
-namespace {
-QLabel* makeLabel(const QString& text, const QFont& font, const QColor& color, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setFont(font);
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, color);
-    label->setPalette(palette);
-    return label;
-}
-} // namespace
 
 QWidget* makePageHeader(const Theme& theme, const QString& icon, const QColor& accent, const QString& title,
                         const QString& subtitle, QWidget* parent)

@@ -1,5 +1,6 @@
 #include "ui/pages/SettingsPage.h"
 
+#include "ui/components/Label.h"
 #include "core/AppSettings.h"
 #include "core/BuildInfo.h"
 #include "server/StatsServer.h"
@@ -22,16 +23,6 @@
 namespace tallowmere {
 
 namespace {
-
-QLabel* makeLabel(const QString& text, const QFont& font, const QColor& color, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setFont(font);
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, color);
-    label->setPalette(palette);
-    return label;
-}
 
 void setCheckedQuietly(Switch* control, bool checked)
 {

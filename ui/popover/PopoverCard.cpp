@@ -1,5 +1,6 @@
 #include "ui/popover/PopoverCard.h"
 
+#include "ui/components/Label.h"
 #include "ui/components/Icons.h"
 
 #include <QHBoxLayout>
@@ -13,15 +14,6 @@ namespace {
 constexpr int kIconSize = 14;
 }
 
-QLabel* makeLabel(const QString& text, const QFont& font, const QColor& color, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setFont(font);
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, color);
-    label->setPalette(palette);
-    return label;
-}
 
 PopoverCard::PopoverCard(const Theme& theme, const QString& title, const QString& icon, QColor accent, QWidget* parent)
     : QWidget(parent)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/components/Label.h"
+
 #include "ui/components/Theme.h"
 
 #include <QWidget>
@@ -38,7 +40,5 @@ private:
     QVBoxLayout* body_;
 };
 
-// A label in one of the theme's text colours and a given font.
-QLabel* makeLabel(const QString& text, const QFont& font, const QColor& color, QWidget* parent = nullptr);
 
 } // namespace tallowmere
