@@ -21,25 +21,39 @@ std::optional<int> pidOfEntry(const char* name)
     return static_cast<int>(value);
 }
 
-void walkProcessFds(const std::string& procRoot, const FdVisitor& visit)
+void walkProcessFds(const std::string& procRoot, const FdVisitor& visit, const std::vector<int>& pids)
 {
     Directory proc(procRoot);
+    if (!proc)
+        return;
     std::string path;
     // Longer targets (deep file paths) are of no interest to any caller and are skipped.
     char target[512];
-    while (const char* name = proc.next()) {
-        const auto pid = pidOfEntry(name);
-        if (!pid)
-            continue;
-        path.assign(name).append("/fd");
+    // Visits one process's descriptors; false when the visitor ended the walk.
+    auto visitProcess = [&](int pid) {
+        path.assign(std::to_string(pid)).append("/fd");
         Directory fds(proc.fd(), path.c_str());
         while (const char* fd = fds.next()) {
             const ssize_t length = ::readlinkat(fds.fd(), fd, target, sizeof target);
             if (length <= 0 || static_cast<std::size_t>(length) >= sizeof target)
                 continue;
-            if (visit(proc, *pid, {target, static_cast<std::size_t>(length)}) == FdWalk::skipProcess)
-                break;
+            switch (visit(proc, pid, {target, static_cast<std::size_t>(length)})) {
+            case FdWalk::next: continue;
+            case FdWalk::skipProcess: return true;
+            case FdWalk::stop: return false;
+            }
         }
+        return true;
+    };
+    if (!pids.empty()) {
+        for (const int pid : pids)
+            if (!visitProcess(pid))
+                return;
+        return;
+    }
+    while (const char* name = proc.next()) {
+        if (const auto pid = pidOfEntry(name); pid && !visitProcess(*pid))
+            return;
     }
 }
 

@@ -1,9 +1,9 @@
 #include "monitors/NetworkSocketOwners.h"
 
-#include "monitors/ProcFiles.h"
+#include "core/ProcessFds.h"
+#include "core/SmallFile.h"
 #include "monitors/TextScan.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,37 +11,6 @@
 #include <memory>
 
 namespace tallowmere {
-
-namespace {
-
-struct DirCloser {
-    void operator()(DIR* dir) const { ::closedir(dir); }
-};
-using DirHandle = std::unique_ptr<DIR, DirCloser>;
-
-// The directory stream owns the descriptor from fdopendir on and closes it with itself.
-DirHandle openDirectoryAt(int dirFd, const char* path)
-{
-    const int fd = ::openat(dirFd, path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0)
-        return {};
-    DIR* dir = ::fdopendir(fd);
-    if (!dir) {
-        ::close(fd);
-        return {};
-    }
-    return DirHandle(dir);
-}
-
-std::optional<int> pidOfName(const char* name)
-{
-    const auto value = parseDecimal(name);
-    if (!value || *value == 0 || *value > 0x3fffffff)
-        return std::nullopt;
-    return static_cast<int>(*value);
-}
-
-} // namespace
 
 std::uint64_t socketInodeOfLink(std::string_view link)
 {
@@ -139,62 +108,30 @@ void NetworkSocketOwners::update(std::span<const std::uint64_t> liveInodes)
 
 void NetworkSocketOwners::scan(std::unordered_set<std::uint64_t>& wanted, const std::vector<int>& pids)
 {
-    const DirHandle proc = openDirectoryAt(AT_FDCWD, procRoot_.c_str());
-    if (!proc)
+    if (wanted.empty())
         return;
-    const int procFd = ::dirfd(proc.get());
     std::string comm;
     std::string path;
-    std::string name;
-    char link[64];
-    std::size_t next = 0;
-    // Either the given processes, or every numeric entry of the process directory.
-    auto nextPid = [&]() -> std::optional<int> {
-        if (!pids.empty()) {
-            if (next >= pids.size())
-                return std::nullopt;
-            name = std::to_string(pids[next]);
-            return pids[next++];
+    int labelled = 0;
+    QString label;
+    // Other users' processes refuse their fd folder without privileges; their sockets stay
+    // unattributed.
+    walkProcessFds(procRoot_, [&](const Directory& proc, int pid, std::string_view link) {
+        const std::uint64_t inode = socketInodeOfLink(link);
+        if (inode == 0 || !wanted.contains(inode))
+            return FdWalk::next;
+        if (labelled != pid) {
+            path.assign(std::to_string(pid)).append("/comm");
+            if (!readSmallFile(proc.fd(), path.c_str(), comm))
+                return FdWalk::skipProcess;
+            labelled = pid;
+            label = processLabel(comm, pid);
+            rememberOwner(pid);
         }
-        while (const dirent* entry = ::readdir(proc.get())) {
-            if (const auto pid = pidOfName(entry->d_name)) {
-                name = entry->d_name;
-                return pid;
-            }
-        }
-        return std::nullopt;
-    };
-    while (!wanted.empty()) {
-        const auto pid = nextPid();
-        if (!pid)
-            return;
-        path.assign(name).append("/fd");
-        // Other users' processes refuse this without privileges; their sockets stay unattributed.
-        const DirHandle fds = openDirectoryAt(procFd, path.c_str());
-        if (!fds)
-            continue;
-        const int fdsFd = ::dirfd(fds.get());
-        QString label;
-        while (const dirent* fdEntry = ::readdir(fds.get())) {
-            if (fdEntry->d_name[0] == '.')
-                continue;
-            const ssize_t length = ::readlinkat(fdsFd, fdEntry->d_name, link, sizeof link);
-            if (length <= 0 || static_cast<std::size_t>(length) >= sizeof link)
-                continue;
-            const std::uint64_t inode = socketInodeOfLink({link, static_cast<std::size_t>(length)});
-            if (inode == 0 || !wanted.contains(inode))
-                continue;
-            if (label.isNull()) {
-                path.assign(name).append("/comm");
-                if (!readSmallFile(procFd, path.c_str(), comm))
-                    break;
-                label = processLabel(comm, *pid);
-                rememberOwner(*pid);
-            }
-            owners_.emplace(inode, Owner{*pid, label});
-            wanted.erase(inode);
-        }
-    }
+        owners_.emplace(inode, Owner{pid, label});
+        wanted.erase(inode);
+        return wanted.empty() ? FdWalk::stop : FdWalk::next;
+    }, pids);
 }
 
 } // namespace tallowmere
