@@ -1,6 +1,6 @@
 #include "power/KeepAwakeClock.h"
 
-#include <QTimer>
+#include "core/Scheduler.h"
 
 namespace tallowmere {
 
@@ -11,13 +11,7 @@ WallTime KeepAwakeClock::now() const
 
 std::unique_ptr<QObject> KeepAwakeClock::sleep(std::chrono::milliseconds delay, std::function<void()> wake)
 {
-    // QTimer counts on the monotonic clock, so a changed wall clock moves no session end.
-    auto timer = std::make_unique<QTimer>();
-    timer->setSingleShot(true);
-    timer->setTimerType(Qt::PreciseTimer);
-    QObject::connect(timer.get(), &QTimer::timeout, timer.get(), std::move(wake));
-    timer->start(delay);
-    return timer;
+    return realScheduler()->sleep(delay, std::move(wake));
 }
 
 } // namespace tallowmere

@@ -23,7 +23,7 @@ using namespace tallowmere;
 
 namespace {
 
-SidebarSelection spec(SpecCategory c)
+SidebarSelection page(SpecCategory c)
 {
     return SidebarSelection::spec(c);
 }
@@ -42,7 +42,7 @@ TEST_F(MainWindowTest, StartsOnSummaryWithNowhereToGo)
 {
     EXPECT_EQ(window.windowTitle(), "Tallowmere");
     EXPECT_EQ(window.minimumSize(), QSize(1080, 720));
-    EXPECT_EQ(window.history().selection(), spec(SpecCategory::summary));
+    EXPECT_EQ(window.history().selection(), page(SpecCategory::summary));
     EXPECT_EQ(pageName(), "page:Summary");
     EXPECT_FALSE(window.backAction()->isEnabled());
     EXPECT_FALSE(window.forwardAction()->isEnabled());
@@ -66,22 +66,22 @@ TEST_F(MainWindowTest, SidebarListsTheSectionsInOrder)
 
 TEST_F(MainWindowTest, BackAndForwardFollowTheVisitedPages)
 {
-    window.select(spec(SpecCategory::cpu));
-    window.select(spec(SpecCategory::ram));
+    window.select(page(SpecCategory::cpu));
+    window.select(page(SpecCategory::ram));
     window.goBack();
     settle();
-    EXPECT_EQ(window.history().selection(), spec(SpecCategory::cpu));
+    EXPECT_EQ(window.history().selection(), page(SpecCategory::cpu));
     EXPECT_EQ(pageName(), "page:CPU");
     EXPECT_TRUE(window.forwardAction()->isEnabled());
 
     // A new selection drops the RAM entry ahead.
-    window.select(spec(SpecCategory::storage));
+    window.select(page(SpecCategory::storage));
     EXPECT_FALSE(window.forwardAction()->isEnabled());
     EXPECT_EQ(window.history().entries(),
-              QList<SidebarSelection>({spec(SpecCategory::summary), spec(SpecCategory::cpu), spec(SpecCategory::storage)}));
+              QList<SidebarSelection>({page(SpecCategory::summary), page(SpecCategory::cpu), page(SpecCategory::storage)}));
 
     // The current page again adds nothing.
-    window.select(spec(SpecCategory::storage));
+    window.select(page(SpecCategory::storage));
     EXPECT_EQ(window.history().entries().size(), 3);
 
     // Back then forward returns to the same page without new entries.
@@ -89,7 +89,7 @@ TEST_F(MainWindowTest, BackAndForwardFollowTheVisitedPages)
     settle();
     window.goForward();
     settle();
-    EXPECT_EQ(window.history().selection(), spec(SpecCategory::storage));
+    EXPECT_EQ(window.history().selection(), page(SpecCategory::storage));
     EXPECT_EQ(window.history().entries().size(), 3);
     EXPECT_FALSE(window.history().isHistoryNavigation());
     EXPECT_FALSE(window.forwardAction()->isEnabled());
@@ -126,7 +126,7 @@ TEST(MainWindow, LivePagesGetTheirLiveCardsOnceWhenFirstShown)
 TEST_F(MainWindowTest, RefreshGathersAgainAndUpdatesBuiltPages)
 {
     EXPECT_EQ(kit.gatherings, 1);
-    window.select(spec(SpecCategory::operatingSystem));
+    window.select(page(SpecCategory::operatingSystem));
     kit.inputs.info.osComputerName = QStringLiteral("heron");
     window.refreshAction()->trigger();
     EXPECT_EQ(kit.gatherings, 2);
