@@ -2,6 +2,7 @@
 
 #include "ui/components/Icons.h"
 #include "ui/components/Theme.h"
+#include "ui/live/LiveCards.h"
 #include "ui/pages/InventoryPage.h"
 #include "ui/pages/SettingsPage.h"
 #include "update/UpdateService.h"
@@ -305,8 +306,12 @@ QWidget* MainWindow::pageFor(const SidebarSelection& selection)
                                 services_.launchAtLogin, stack_);
     else {
         auto* inventory = new InventoryPage(theme_, makeSpecPage(selection.category, inputs_), stack_);
-        if (inventory->record().hasLiveCards && services_.addLiveCards)
-            services_.addLiveCards(selection.category, *inventory);
+        if (inventory->record().hasLiveCards) {
+            if (services_.addLiveCards)
+                services_.addLiveCards(selection.category, *inventory);
+            else
+                addLiveCards(theme_, services_, selection.category, *inventory);
+        }
         page = inventory;
     }
     stack_->addWidget(page);

@@ -29,7 +29,8 @@ struct WindowServices {
     LaunchAtLogin launchAtLogin;
     // Gathers the inventory: at creation and again on Refresh.
     std::function<PageInputs()> gatherInputs;
-    // Fills the live-card area of a page that has one, once, when the page is first built.
+    // Fills the live-card area of a page that has one, once, when the page is first built;
+    // unset, the page gets its own live cards.
     std::function<void(SpecCategory, InventoryPage&)> addLiveCards{};
 
     CPUMonitoringService* cpu = nullptr;
