@@ -11,11 +11,12 @@ namespace {
 
 // A window holding two pages, the way the main window stacks them.
 struct TwoPages {
+    // Declared first so it outlives the window, whose closing still reports a change.
+    QList<bool> changes;
     QWidget window;
     QStackedWidget* stack = new QStackedWidget(&window);
     QWidget* first = new QWidget;
     QWidget* second = new QWidget;
-    QList<bool> changes;
 
     TwoPages()
     {
