@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QColor>
+#include <QString>
+
+class QBoxLayout;
+class QLabel;
+class QWidget;
+
+namespace tallowmere {
+
+class AreaGraph;
+class Card;
+struct Theme;
+
+// Pieces the live CPU and memory cards are made of.
+
+// The last minute of a percentage, 0 to 100 with its grid labelled, captioned "Last 60s".
+AreaGraph* addPercentHistoryGraph(const Theme& theme, QColor accent, Card& card);
+
+// A large figure in the accent's company: the headline of a live card.
+QLabel* makeHeadlineFigure(const Theme& theme, QWidget* parent);
+
+// A coloured dot, a title and a figure in a row; returns the figure's label.
+QLabel* addLegendEntry(const Theme& theme, QColor color, const QString& title, QBoxLayout& row, QWidget* parent);
+
+// A title over a figure ("Used" over "8.2 GB"); returns the figure's label.
+QLabel* addStackedFigure(const Theme& theme, const QString& title, QBoxLayout& row, QWidget* parent);
+
+} // namespace tallowmere
