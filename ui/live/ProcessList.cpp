@@ -6,7 +6,7 @@
 #include "ui/live/ProcessTableView.h"
 
 #include <QActionGroup>
-#include <QHBoxLayout>
+#include <QVBoxLayout>
 #include <QLabel>
 #include <QMenu>
 #include <QStackedWidget>
@@ -59,6 +59,7 @@ ProcessList::ProcessList(const Theme& theme, QColor accent, ProcessTableLayout l
     , empty_(makeLabel({}, Theme::font(10.5), theme.colors.secondaryText))
     , stack_(new QStackedWidget(this))
     , menu_(new QMenu(this))
+    , sortButton_(makeSortButton(theme, menu_, this))
     , fields_(new QActionGroup(this))
     , orders_(new QActionGroup(this))
 {
@@ -75,11 +76,6 @@ ProcessList::ProcessList(const Theme& theme, QColor accent, ProcessTableLayout l
     connect(model_, &ProcessTableModel::sortChanged, this, &ProcessList::showSort);
     showSort(model_->sortColumn(), model_->sortOrder());
 
-    auto* top = new QHBoxLayout;
-    top->setContentsMargins(0, 0, 0, 0);
-    top->addStretch(1);
-    top->addWidget(makeSortButton(theme, menu_, this));
-
     view_->setVisibleRows(visibleRows);
     empty_->setObjectName(QStringLiteral("processListEmpty"));
     empty_->setAlignment(Qt::AlignCenter);
@@ -91,7 +87,6 @@ ProcessList::ProcessList(const Theme& theme, QColor accent, ProcessTableLayout l
     auto* layoutBox = new QVBoxLayout(this);
     layoutBox->setContentsMargins(0, 0, 0, 0);
     layoutBox->setSpacing(theme.spacing.small);
-    layoutBox->addLayout(top);
     layoutBox->addWidget(stack_);
 
     connect(model_, &QAbstractItemModel::rowsInserted, this, &ProcessList::showEmptyOrTable);

@@ -24,7 +24,8 @@ struct SortChoice {
 
 // A process list as both live pages show it: the "Sort by" menu, the table, and a message in
 // its place while there are no rows. The menu and the header clicks drive the one sort state
-// the model keeps, and each shows what the other chose.
+// the model keeps, and each shows what the other chose. The menu's button is the owner's to
+// place (a card puts it in its title row).
 class ProcessList : public QWidget {
     Q_OBJECT
 public:
@@ -38,6 +39,7 @@ public:
     ProcessTableModel& model() const { return *model_; }
     ProcessTableView& view() const { return *view_; }
     QMenu& sortMenu() const { return *menu_; }
+    QToolButton* sortButton() const { return sortButton_; }
     bool showsEmptyText() const;
     QString emptyText() const;
 
@@ -50,6 +52,7 @@ private:
     QLabel* empty_;
     QStackedWidget* stack_;
     QMenu* menu_;
+    QToolButton* sortButton_;
     QActionGroup* fields_;
     QActionGroup* orders_;
 };

@@ -6,6 +6,7 @@
 
 #include <QHeaderView>
 #include <QPainter>
+#include <QScrollBar>
 #include <QStyledItemDelegate>
 
 namespace tallowmere {
@@ -175,7 +176,15 @@ ProcessTableView::ProcessTableView(const Theme& theme, QColor accent, ProcessTab
     p.setColor(QPalette::Base, theme.colors.card);
     p.setColor(QPalette::Window, theme.colors.card);
     p.setColor(QPalette::Text, theme.colors.text);
+    // The delegate paints the selection itself, softer than the style's highlight.
+    p.setColor(QPalette::Highlight, Qt::transparent);
     setPalette(p);
+    verticalScrollBar()->setStyleSheet(
+        QStringLiteral("QScrollBar:vertical { background: transparent; width: 8px; margin: 0; }"
+                       "QScrollBar::handle:vertical { background: %1; border-radius: 4px; min-height: 24px; }"
+                       "QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }"
+                       "QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: none; }")
+            .arg(theme.colors.track.name(QColor::HexArgb)));
 }
 
 void ProcessTableView::setFigureWidths(int first, int second)
