@@ -60,6 +60,7 @@ Card* makeProcessCard(const Theme& theme, QColor accent, CPUMonitor& monitor, QW
                                  kVisibleRows, card);
     list->view().setFigureWidths(80, 100);
     list->setEmptyText(QStringLiteral("Collecting process data\u2026"));
+    list->view().setAccessibleName(card->title());
     card->addHeaderWidget(list->sortButton());
     card->body()->addWidget(list);
     const auto show = [&monitor, list] { list->setRows(cpuProcessRows(monitor.processes())); };

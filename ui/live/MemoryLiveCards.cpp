@@ -63,6 +63,7 @@ Card* makeProcessCard(const Theme& theme, QColor accent, MemoryMonitor& monitor,
                                  {{sortLabel(MemorySortField::memory), 1}, {sortLabel(MemorySortField::name), 0}},
                                  kVisibleRows, card);
     list->view().setFigureWidths(100, 80);
+    list->view().setAccessibleName(card->title());
     card->addHeaderWidget(list->sortButton());
     card->body()->addWidget(list);
     const auto show = [&monitor, list](bool resultSeen) {

@@ -33,8 +33,6 @@ public:
         const QRect r = option.rect;
         if (option.state & QStyle::State_Selected)
             painter->fillRect(r, Theme::withOpacity(accent_, 0.22));
-        else if (option.state & QStyle::State_MouseOver)
-            painter->fillRect(r, theme_.colors.cardHover);
         painter->fillRect(QRect(r.left(), r.bottom(), r.width(), 1), theme_.colors.separator);
 
         const QRect inner = r.adjusted(8, 0, -8, 0);
@@ -167,8 +165,6 @@ ProcessTableView::ProcessTableView(const Theme& theme, QColor accent, ProcessTab
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setWordWrap(false);
-    setMouseTracking(true);
-    setAttribute(Qt::WA_Hover);
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName(QStringLiteral("Processes"));
 
