@@ -1,10 +1,11 @@
-// The CPU page's live cards: main-thread CPU time to show a new sample and to refresh the
-// process list with 1,000 processes (the "CPU" column), and the share of one core the whole
+// The CPU and memory pages' live cards: main-thread CPU time to show a new sample and to
+// refresh the CPU page's process list with 1,000 processes (the "CPU" column), and the share of one core the whole
 // windowed program takes while the CPU page is open. Drawn on the offscreen platform.
 #include "app/AppLifecycle.h"
 #include "app/AppServices.h"
 #include "app/WindowSeam.h"
 #include "monitors/CPUMonitoringService.h"
+#include "monitors/MemoryMonitoringService.h"
 #include "ui/components/Theme.h"
 #include "ui/live/LiveCards.h"
 #include "ui/live/ProcessList.h"
@@ -107,6 +108,39 @@ static void BM_CpuPageRepaintsANewSample(benchmark::State& state)
     }
 }
 BENCHMARK(BM_CpuPageRepaintsANewSample)->Unit(benchmark::kMillisecond);
+
+// The memory page likewise: figures, breakdown and graph for one sample, with its program list.
+static void BM_MemoryPageRepaintsANewSample(benchmark::State& state)
+{
+    Program program(true);
+    std::uint64_t used = 6ull << 30;
+    MemoryMonitoringService memory(std::make_unique<MemoryMonitor>(MemorySources{
+        [&used] {
+            used += 1 << 20;
+            return std::optional<MemoryCounters>(MemoryCounters{16ull << 30, used, 1ull << 30, 0});
+        },
+        [] { return ProgramMemoryMap{}; }}));
+    InventoryPage page(Theme::darkTheme(), makeSpecPage(SpecCategory::ram, gatherMachineInputs()));
+    WindowServices services = makeWindowServices(*program.services);
+    services.memory = &memory;
+    addLiveCards(Theme::darkTheme(), services, SpecCategory::ram, page);
+    page.resize(1000, 1600);
+    page.show();
+    memory.setPageActive(false);
+    memory.updateMonitoring();
+    ProgramMemoryMap programs;
+    for (int i = 0; i < 120; ++i)
+        programs[QStringLiteral("program-%1").arg(i)] = {std::uint64_t(i + 1) << 22, i % 4 + 1};
+    memory.monitor().applyPrograms(programs);
+    for (int i = 0; i < 60; ++i)
+        memory.monitor().sample();
+    QApplication::processEvents();
+    for (auto _ : state) {
+        memory.monitor().sample();
+        QApplication::processEvents();
+    }
+}
+BENCHMARK(BM_MemoryPageRepaintsANewSample)->Unit(benchmark::kMillisecond);
 
 // A new list of N processes handed to the page (sorted by CPU, rows changing places) to the
 // end of its repaint. The page keeps its selection and scroll position through it.

@@ -33,8 +33,8 @@ Card* makeUsageCard(const Theme& theme, QColor accent, CPUMonitor& monitor, QWid
     QLabel* total = makeHeadlineFigure(theme, card);
     row->addWidget(total, 0, Qt::AlignVCenter);
     row->addStretch(1);
-    QLabel* user = addLegendEntry(theme, accent, QStringLiteral("User"), *row, card);
-    QLabel* system = addLegendEntry(theme, theme.colors.warning, QStringLiteral("System"), *row, card);
+    QLabel* user = addLegendEntry(theme, accent, QStringLiteral("User"), QStringLiteral("100%"), *row, card);
+    QLabel* system = addLegendEntry(theme, theme.colors.warning, QStringLiteral("System"), QStringLiteral("100%"), *row, card);
     card->body()->addLayout(row);
     AreaGraph* graph = addPercentHistoryGraph(theme, accent, *card);
 

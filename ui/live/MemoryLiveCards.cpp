@@ -26,19 +26,20 @@ constexpr int kVisibleRows = 10;
 Card* makeUsageCard(const Theme& theme, QColor accent, MemoryMonitor& monitor, QWidget* parent)
 {
     auto* card = new Card(theme, QStringLiteral("Live Memory Usage"), QStringLiteral("chart.line.uptrend.xyaxis"), accent, parent);
+    const QString widest = QStringLiteral("999.9 GB");
     auto* totals = new QHBoxLayout;
     totals->setSpacing(theme.spacing.section * 2);
-    QLabel* used = addStackedFigure(theme, QStringLiteral("Used"), *totals, card);
-    QLabel* free = addStackedFigure(theme, QStringLiteral("Free"), *totals, card);
+    QLabel* used = addStackedFigure(theme, QStringLiteral("Used"), widest, *totals, card);
+    QLabel* free = addStackedFigure(theme, QStringLiteral("Free"), widest, *totals, card);
     totals->addStretch(1);
     card->body()->addLayout(totals);
 
     // What "used" is made of, in the memory monitor's Linux meanings.
     auto* breakdown = new QHBoxLayout;
     breakdown->setSpacing(theme.spacing.small);
-    QLabel* active = addLegendEntry(theme, accent, QStringLiteral("Active"), *breakdown, card);
-    QLabel* wired = addLegendEntry(theme, theme.colors.warning, QStringLiteral("Wired"), *breakdown, card);
-    QLabel* compressed = addLegendEntry(theme, theme.colors.network, QStringLiteral("Compressed"), *breakdown, card);
+    QLabel* active = addLegendEntry(theme, accent, QStringLiteral("Active"), widest, *breakdown, card);
+    QLabel* wired = addLegendEntry(theme, theme.colors.warning, QStringLiteral("Wired"), widest, *breakdown, card);
+    QLabel* compressed = addLegendEntry(theme, theme.colors.network, QStringLiteral("Compressed"), widest, *breakdown, card);
     breakdown->addStretch(1);
     card->body()->addLayout(breakdown);
     AreaGraph* graph = addPercentHistoryGraph(theme, accent, *card);

@@ -7,6 +7,7 @@
 
 #include <QBoxLayout>
 #include <QLabel>
+#include <QFontMetrics>
 #include <QPainter>
 #include <QPixmap>
 
@@ -26,6 +27,14 @@ QPixmap dot(QColor color, qreal devicePixelRatio)
     painter.setBrush(color);
     painter.drawEllipse(QRectF(0, 0, size, size));
     return pixmap;
+}
+
+// A figure that changes every second keeps one size, so a new value repaints the label alone
+// instead of laying out the whole page again.
+void keepSizeFor(QLabel* label, const QString& widest)
+{
+    const QFontMetrics metrics(label->font());
+    label->setFixedSize(metrics.horizontalAdvance(widest) + 2, metrics.height());
 }
 
 } // namespace
@@ -49,10 +58,12 @@ QLabel* makeHeadlineFigure(const Theme& theme, QWidget* parent)
 {
     QLabel* figure = makeLabel({}, Theme::font(26, QFont::Bold), theme.colors.text, parent);
     figure->setObjectName(QStringLiteral("headline"));
+    keepSizeFor(figure, QStringLiteral("100%"));
     return figure;
 }
 
-QLabel* addLegendEntry(const Theme& theme, QColor color, const QString& title, QBoxLayout& row, QWidget* parent)
+QLabel* addLegendEntry(const Theme& theme, QColor color, const QString& title, const QString& widest, QBoxLayout& row,
+                       QWidget* parent)
 {
     auto* marker = new QLabel(parent);
     marker->setPixmap(dot(color, parent->devicePixelRatioF()));
@@ -60,18 +71,20 @@ QLabel* addLegendEntry(const Theme& theme, QColor color, const QString& title, Q
     row.addWidget(makeLabel(title, Theme::font(10), theme.colors.secondaryText, parent), 0, Qt::AlignVCenter);
     QLabel* figure = makeLabel({}, Theme::font(10, QFont::DemiBold), theme.colors.text, parent);
     figure->setObjectName(QStringLiteral("legend:") + title);
+    keepSizeFor(figure, widest);
     row.addWidget(figure, 0, Qt::AlignVCenter);
     row.addSpacing(theme.spacing.medium);
     return figure;
 }
 
-QLabel* addStackedFigure(const Theme& theme, const QString& title, QBoxLayout& row, QWidget* parent)
+QLabel* addStackedFigure(const Theme& theme, const QString& title, const QString& widest, QBoxLayout& row, QWidget* parent)
 {
     auto* column = new QVBoxLayout;
     column->setSpacing(0);
     column->addWidget(makeLabel(title, Theme::font(9.5), theme.colors.secondaryText, parent));
     QLabel* figure = makeLabel({}, Theme::font(17, QFont::DemiBold), theme.colors.text, parent);
     figure->setObjectName(QStringLiteral("figure:") + title);
+    keepSizeFor(figure, widest);
     column->addWidget(figure);
     row.addLayout(column);
     return figure;

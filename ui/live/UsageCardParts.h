@@ -18,13 +18,15 @@ struct Theme;
 // The last minute of a percentage, 0 to 100 with its grid labelled, captioned "Last 60s".
 AreaGraph* addPercentHistoryGraph(const Theme& theme, QColor accent, Card& card);
 
-// A large figure in the accent's company: the headline of a live card.
+// The large figure heading a live card, sized for "100%".
 QLabel* makeHeadlineFigure(const Theme& theme, QWidget* parent);
 
-// A coloured dot, a title and a figure in a row; returns the figure's label.
-QLabel* addLegendEntry(const Theme& theme, QColor color, const QString& title, QBoxLayout& row, QWidget* parent);
+// A coloured dot, a title and a figure in a row; returns the figure's label, sized for
+// `widest`, the widest text it will show.
+QLabel* addLegendEntry(const Theme& theme, QColor color, const QString& title, const QString& widest, QBoxLayout& row,
+                       QWidget* parent);
 
-// A title over a figure ("Used" over "8.2 GB"); returns the figure's label.
-QLabel* addStackedFigure(const Theme& theme, const QString& title, QBoxLayout& row, QWidget* parent);
+// A title over a figure ("Used" over "8.2 GB"); the figure is sized for `widest`.
+QLabel* addStackedFigure(const Theme& theme, const QString& title, const QString& widest, QBoxLayout& row, QWidget* parent);
 
 } // namespace tallowmere
