@@ -1,10 +1,12 @@
 #include "ui/components/AreaGraph.h"
 
 #include <QLinearGradient>
+#include <QFontMetricsF>
 #include <QPainter>
 #include <QPainterPath>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tallowmere {
 
@@ -74,17 +76,50 @@ void AreaGraph::setMaxValue(double maxValue)
     update();
 }
 
+void AreaGraph::setAxisTicks(QList<double> ticks)
+{
+    ticks_ = std::move(ticks);
+    update();
+}
+
+// The grid and its labels; returns the frame left for the graph.
+QRectF AreaGraph::paintAxis(QPainter& painter)
+{
+    const QFont font = Theme::font(8);
+    const QFontMetricsF metrics(font);
+    QStringList labels;
+    qreal gutter = 0;
+    for (double tick : ticks_) {
+        labels.append(QString::number(tick, 'f', 0));
+        gutter = std::max(gutter, metrics.horizontalAdvance(labels.last()));
+    }
+    // Room for half a label above the top line and below the bottom one.
+    const qreal half = metrics.height() / 2;
+    const QRectF frame = QRectF(rect()).adjusted(0, half, -(gutter + 6), -half);
+    const double m = maxValue_ <= 1 ? 1 : maxValue_;
+    painter.setFont(font);
+    for (qsizetype i = 0; i < ticks_.size(); ++i) {
+        const qreal y = std::round(frame.bottom() - frame.height() * std::clamp(ticks_[i] / m, 0.0, 1.0)) + 0.5;
+        painter.setPen(QPen(theme_.colors.separator, 1));
+        painter.drawLine(QPointF(frame.left(), y), QPointF(frame.right(), y));
+        painter.setPen(theme_.colors.tertiaryText);
+        painter.drawText(QRectF(frame.right() + 6, y - half, gutter, 2 * half), Qt::AlignRight | Qt::AlignVCenter, labels[i]);
+    }
+    return frame;
+}
+
 void AreaGraph::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
+    // Half the stroke inside the frame so the line at 0 and at the top is not clipped.
+    const QRectF frame = ticks_.isEmpty() ? QRectF(rect()).adjusted(0, 1, 0, -1) : paintAxis(painter);
     if (isCollecting()) {
         painter.setFont(Theme::font(10));
         painter.setPen(theme_.colors.tertiaryText);
-        painter.drawText(rect(), Qt::AlignCenter, QStringLiteral("Collecting data\u2026"));
+        painter.drawText(frame, Qt::AlignCenter, QStringLiteral("Collecting data\u2026"));
         return;
     }
-    // Half the stroke inside the frame so the line at 0 and at the top is not clipped.
-    paintAreaGraph(painter, QRectF(rect()).adjusted(0, 1, 0, -1), values_, maxValue_, accent_);
+    paintAreaGraph(painter, frame, values_, maxValue_, accent_);
 }
 
 } // namespace tallowmere

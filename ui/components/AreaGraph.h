@@ -27,6 +27,9 @@ public:
 
     void setValues(QList<double> values);
     void setMaxValue(double maxValue);
+    // Faint lines across the graph at these values, labelled "%.0f" in a gutter on the right;
+    // none by default.
+    void setAxisTicks(QList<double> ticks);
     const QList<double>& values() const { return values_; }
     bool isCollecting() const { return values_.size() < 2; }
 
@@ -36,10 +39,13 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    QRectF paintAxis(QPainter& painter);
+
     const Theme& theme_;
     QColor accent_;
     QList<double> values_;
     double maxValue_ = 100;
+    QList<double> ticks_;
 };
 
 } // namespace tallowmere

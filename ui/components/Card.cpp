@@ -16,6 +16,7 @@ Card::Card(const Theme& theme, const QString& title, const QString& icon, const 
     , theme_(theme)
     , title_(makeLabel(title, Theme::font(11.5, QFont::DemiBold), theme.colors.text, this))
     , caption_(makeLabel(QString(), Theme::font(9.5), theme.colors.secondaryText, this))
+    , header_(new QHBoxLayout)
     , body_(new QVBoxLayout)
 {
     setObjectName(QStringLiteral("card:") + title);
@@ -25,7 +26,7 @@ Card::Card(const Theme& theme, const QString& title, const QString& icon, const 
     outer->setContentsMargins(pad, pad, pad, pad);
     outer->setSpacing(theme.spacing.medium);
 
-    auto* header = new QHBoxLayout;
+    QHBoxLayout* header = header_;
     header->setSpacing(theme.spacing.medium);
     if (!icon.isEmpty()) {
         auto* iconLabel = new QLabel(this);
@@ -48,6 +49,12 @@ void Card::setCaption(const QString& caption)
 {
     caption_->setText(caption);
     caption_->setVisible(!caption.isEmpty());
+}
+
+void Card::addHeaderWidget(QWidget* widget)
+{
+    widget->setParent(this);
+    header_->addWidget(widget, 0, Qt::AlignVCenter);
 }
 
 QString Card::title() const

@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QWidget>
 
+class QHBoxLayout;
 class QLabel;
 class QPushButton;
 class QVBoxLayout;
@@ -19,6 +20,8 @@ public:
     Card(const Theme& theme, const QString& title, const QString& icon, const QColor& accent, QWidget* parent = nullptr);
 
     void setCaption(const QString& caption);
+    // Puts a small control (a menu button, a picker) at the right end of the title row.
+    void addHeaderWidget(QWidget* widget);
     QVBoxLayout* body() const { return body_; }
     QString title() const;
 
@@ -29,6 +32,7 @@ private:
     const Theme& theme_;
     QLabel* title_;
     QLabel* caption_;
+    QHBoxLayout* header_;
     QVBoxLayout* body_;
 };
 
