@@ -25,6 +25,7 @@ UsageHistoryRow::UsageHistoryRow(const Theme& theme, Kind kind, const QString& n
     setObjectName((kind == Kind::app ? QStringLiteral("app:") : QStringLiteral("endpoint:")) + name);
     setAccessibleName(name);
     setToolTip(name);
+    setFixedHeight(sizeHint().height());
     if (kind == Kind::endpoint)
         setFocusPolicy(Qt::NoFocus);
     else
