@@ -131,14 +131,14 @@ QWidget* UsageHistoryCard::makeRangePicker()
 
 QWidget* UsageHistoryCard::makeTotals(const QColor& accent)
 {
-    totals_ = new QWidget(this);
-    auto* row = new QHBoxLayout(totals_);
+    auto* totals = new QWidget(this);
+    auto* row = new QHBoxLayout(totals);
     row->setContentsMargins(0, theme_.spacing.tight, 0, 0);
     row->setSpacing(theme_.spacing.section + 10);
-    downloaded_ = addTotal(theme_, row, QStringLiteral("Downloaded"), accent, totals_);
-    uploaded_ = addTotal(theme_, row, QStringLiteral("Uploaded"), theme_.colors.upload, totals_);
+    downloaded_ = addTotal(theme_, row, QStringLiteral("Downloaded"), accent, totals);
+    uploaded_ = addTotal(theme_, row, QStringLiteral("Uploaded"), theme_.colors.upload, totals);
     row->addStretch();
-    return totals_;
+    return totals;
 }
 
 QAbstractButton* UsageHistoryCard::rangeButton(HistoryRange range) const

@@ -50,7 +50,6 @@ private:
     QLabel* recordingNotice_;
     QLabel* emptyNotice_;
     UsageBarGraph* graph_;
-    QWidget* totals_;
     QLabel* downloaded_;
     QLabel* uploaded_;
     QWidget* appsHeader_;
