@@ -1,8 +1,10 @@
 #include "app/PictureCommand.h"
 
 #include "app/AppServices.h"
+#include "app/PictureTraffic.h"
 #include "app/WindowSeam.h"
 #include "core/Log.h"
+#include "history/NetworkMonitoringService.h"
 #include "ui/components/Theme.h"
 #include "ui/popover/MenuBarStatsPopover.h"
 #include "ui/tray/LiveIcon.h"
@@ -11,17 +13,16 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QEventLoop>
 #include <QPainter>
 #include <QScrollArea>
-#include <QTimer>
+#include <QTemporaryDir>
 
 namespace tallowmere {
 
 namespace {
 
 // How long the monitors sample before the pictures are taken: enough for a few history points.
-constexpr int kSampleMilliseconds = 6000;
+constexpr std::chrono::milliseconds kSampling{3000};
 
 bool save(const QImage& image, const QDir& dir, const QString& name)
 {
@@ -94,9 +95,19 @@ int runPictureCommand(const QString& directory)
     AppServices& services = AppServices::shared();
     services.applyMenuBarEnabled(true);
 
-    QEventLoop wait;
-    QTimer::singleShot(kSampleMilliseconds, &wait, &QEventLoop::quit);
-    wait.exec();
+    // The usage history of the pictures is a made-up week in a database of its own, never the
+    // user's; the Network page reads it through a network service of its own.
+    QTemporaryDir historyDir;
+    auto store = std::make_unique<NetworkUsageStore>(historyDir.path());
+    // Written by the store's worker while the monitors sample; queries queue behind the writes.
+    recordPictureWeek(*store, systemNow());
+    NetworkMonitoringService pictureNetwork(std::move(store));
+    WindowServices windowServices = makeWindowServices(services);
+    windowServices.network = &pictureNetwork;
+
+    // The live pages sample together with the strip's monitors; the light pages reuse what they gathered.
+    QList<std::pair<QString, QImage>> pages = renderWindowPages(windowServices, Theme::darkTheme(), {}, kSampling);
+    pages += renderWindowPages(windowServices, Theme::lightTheme(), QStringLiteral("light"));
 
     const StripFigures figures = StripFigures::read(services.cpuService(), services.memoryService(),
                                                     services.networkService(), services.batteryService());
@@ -107,10 +118,8 @@ int runPictureCommand(const QString& directory)
     ok = save(StripRenderer::render(figures, 2, Qt::white), dir, QStringLiteral("strip.png")) && ok;
     ok = save(stripOnPanel(figures), dir, QStringLiteral("strip-on-panel.png")) && ok;
     ok = savePopover(services, dir) && ok;
-    // Every page of the main window, dark and light, with this machine's inventory.
-    for (const auto& [theme, suffix] : {std::pair(&Theme::darkTheme(), QString()), std::pair(&Theme::lightTheme(), QStringLiteral("light"))})
-        for (const auto& [name, image] : renderWindowPages(makeWindowServices(services), *theme, suffix))
-            ok = save(image, dir, name) && ok;
+    for (const auto& [name, image] : pages)
+        ok = save(image, dir, name) && ok;
     services.applyMenuBarEnabled(false);
     return ok ? 0 : 1;
 }

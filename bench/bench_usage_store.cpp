@@ -4,6 +4,7 @@
 // first open also times the migration that fills the roll-up.
 #include "history/NetworkUsageStore.h"
 #include "history/SqliteDatabase.h"
+#include "bench/support/UsageHistoryFile.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -20,9 +21,7 @@ using namespace tallowmere;
 
 namespace {
 
-constexpr std::int64_t kNow = 1'700'000'000;
-constexpr int kPairsPerMinute = 50;
-constexpr std::int64_t kDays = 90;
+constexpr std::int64_t kNow = kHistoryFileNow;
 
 WallClock fixedClock()
 {
@@ -65,71 +64,6 @@ void BM_StoreIngest(benchmark::State& state)
 }
 BENCHMARK(BM_StoreIngest)->Arg(50)->Arg(1000)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
-// Builds (once, then reuses) the 90-day history file with fast bulk settings.
-QString historyDirectory()
-{
-    const QString dir = QDir::tempPath() + QStringLiteral("/tallowmere-bench-usage");
-    const QString path = dir + QStringLiteral("/network-usage.sqlite");
-    constexpr std::int64_t expectedRows = kDays * 1440 * kPairsPerMinute;
-    if (auto db = SqliteDatabase::open(path)) {
-        SqliteStatement count = db->prepare("SELECT count(*) FROM endpoint_usage");
-        if (count && count.step() == SqliteStep::row && count.columnInt64(0) == expectedRows)
-            return dir;
-    }
-    QDir(dir).removeRecursively();
-    QDir().mkpath(dir);
-    auto db = SqliteDatabase::open(path);
-    db->exec("PRAGMA journal_mode=WAL");
-    db->exec("CREATE TABLE endpoint_usage (bucket INTEGER NOT NULL, app TEXT NOT NULL, ip TEXT NOT NULL, "
-             "bytes_in INTEGER NOT NULL DEFAULT 0, bytes_out INTEGER NOT NULL DEFAULT 0, PRIMARY KEY (bucket, app, ip))");
-    db->exec("CREATE TABLE hosts (ip TEXT PRIMARY KEY, host TEXT NOT NULL)");
-    db->exec("PRAGMA synchronous=OFF");
-    std::fprintf(stderr, "building %lld rows of history in %s ...\n", static_cast<long long>(expectedRows), qPrintable(path));
-    SqliteTransaction transaction(*db);
-    SqliteStatement insert = db->prepare("INSERT INTO endpoint_usage VALUES (?, ?, ?, ?, ?)");
-    SqliteStatement host = db->prepare("INSERT OR REPLACE INTO hosts VALUES (?, ?)");
-    std::vector<std::pair<std::string, std::string>> pairs;
-    for (int i = 0; i < kPairsPerMinute; ++i) {
-        pairs.emplace_back("app" + std::to_string(i % 15), "203.0." + std::to_string(i / 10) + "." + std::to_string(i));
-        host.reset();
-        host.bind(1, std::string_view(pairs.back().second));
-        host.bind(2, std::string_view("host" + std::to_string(i) + ".example"));
-        host.step();
-    }
-    const std::int64_t first = (kNow - kDays * 86400) / 60 * 60 + 60;
-    for (std::int64_t bucket = first; bucket <= kNow; bucket += 60) {
-        for (std::size_t i = 0; i < pairs.size(); ++i) {
-            insert.reset();
-            insert.bind(1, bucket);
-            insert.bind(2, std::string_view(pairs[i].first));
-            insert.bind(3, std::string_view(pairs[i].second));
-            insert.bind(4, static_cast<std::int64_t>(1000 + (bucket / 60 + static_cast<std::int64_t>(i)) % 5000));
-            insert.bind(5, static_cast<std::int64_t>(100 + static_cast<std::int64_t>(i)));
-            insert.step();
-        }
-    }
-    transaction.commit();
-    db->exec("PRAGMA wal_checkpoint(TRUNCATE)");
-    return dir;
-}
-
-NetworkUsageStore& historyStore()
-{
-    static NetworkUsageStore store(historyDirectory(), fixedClock());
-    static const bool migrated = [] {
-        QElapsedTimer timer;
-        timer.start();
-        const bool needed = !store.rollupReady();
-        while (!store.rollupReady())
-            store.waitForIdle();
-        if (needed)
-            std::fprintf(stderr, "hourly roll-up filled from the minute rows in %.1f s\n", timer.elapsed() / 1000.0);
-        return true;
-    }();
-    (void)migrated;
-    return store;
-}
-
 template <class Result, class Query>
 void waitFor(Query query)
 {
@@ -142,7 +76,7 @@ void waitFor(Query query)
 // Latency from the call to the result arriving on the calling thread.
 void BM_BucketSeries(benchmark::State& state)
 {
-    NetworkUsageStore& store = historyStore();
+    NetworkUsageStore& store = usageHistoryStore();
     const std::int64_t span = state.range(0), width = state.range(1);
     for (auto _ : state)
         waitFor<std::vector<UsageBucket>>([&](auto done) { store.bucketSeries(fromUnixSeconds(kNow - span), width, done); });
@@ -151,7 +85,7 @@ BENCHMARK(BM_BucketSeries)->Args({3600, 60})->Args({604800, 10800})->Args({25920
 
 void BM_AppTotals(benchmark::State& state)
 {
-    NetworkUsageStore& store = historyStore();
+    NetworkUsageStore& store = usageHistoryStore();
     const std::int64_t span = state.range(0);
     for (auto _ : state)
         waitFor<std::vector<AppUsageTotal>>([&](auto done) { store.appTotals(fromUnixSeconds(kNow - span), done); });

@@ -60,6 +60,8 @@ constexpr std::array iconTable{
     IconEntry{"eye.slash", "view-hidden"},
     IconEntry{"chart.pie", "office-chart-pie"},
     IconEntry{"chart.line.uptrend.xyaxis", "office-chart-line"},
+    IconEntry{"clock.arrow.circlepath", "document-open-recent"},
+    IconEntry{"arrow.turn.down.right", "format-indent-more"},
     IconEntry{"list.bullet.rectangle", "view-list-details"},
     IconEntry{"menubar.rectangle", "preferences-desktop"},
     IconEntry{"antenna.radiowaves.left.and.right", "network-transmit-receive"},
