@@ -29,17 +29,17 @@ QList<PictureApp> pictureApps()
                              "docs.python.org", "2a00:1450:4001:80b::200e", "151.101.1.140", "mozilla.cloudflare-dns.com"})
         browserHosts << QString::fromLatin1(host);
     QList<PictureApp> apps{
-        {"firefox-esr.2314", 260, 0.06, browserHosts},
-        {"spotify.2988", 70, 0.02, {"audio-ak.spotifycdn.com", "spclient.wg.spotify.com", "35.186.224.25"}},
-        {"thunderbird.1877", 18, 0.35, {"imap.fastmail.com", "smtp.fastmail.com"}},
-        {"syncthing.1203", 25, 0.55, {"relay.syncthing.net", "192.168.1.40", "discovery.syncthing.net"}},
-        {"apt.5120", 40, 0.01, {"deb.debian.org", "security.debian.org"}},
-        {"ssh.4410", 6, 0.45, {"build.lan", "192.168.1.12"}},
-        {"flatpak.6011", 22, 0.01, {"dl.flathub.org"}},
-        {"signal-desktop.3390", 4, 0.40, {"chat.signal.org", "cdn.signal.org"}},
-        {"zoom.7781", 90, 0.45, {"zoom.us", "us04web.zoom.us"}},
-        {"curl.9012", 8, 0.05, {"example.org"}},
-        {"python3.8831", 3, 0.30, {"pypi.org", "files.pythonhosted.org"}},
+        {"firefox-esr", 260, 0.06, browserHosts},
+        {"spotify", 70, 0.02, {"audio-ak.spotifycdn.com", "spclient.wg.spotify.com", "35.186.224.25"}},
+        {"thunderbird", 18, 0.35, {"imap.fastmail.com", "smtp.fastmail.com"}},
+        {"syncthing", 25, 0.55, {"relay.syncthing.net", "192.168.1.40", "discovery.syncthing.net"}},
+        {"apt", 40, 0.01, {"deb.debian.org", "security.debian.org"}},
+        {"ssh", 6, 0.45, {"build.lan", "192.168.1.12"}},
+        {"flatpak", 22, 0.01, {"dl.flathub.org"}},
+        {"signal-desktop", 4, 0.40, {"chat.signal.org", "cdn.signal.org"}},
+        {"zoom", 90, 0.45, {"zoom.us", "us04web.zoom.us"}},
+        {"curl", 8, 0.05, {"example.org"}},
+        {"python3", 3, 0.30, {"pypi.org", "files.pythonhosted.org"}},
     };
     int next = 1;
     for (PictureApp& app : apps)

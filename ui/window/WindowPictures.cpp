@@ -115,10 +115,10 @@ QList<std::pair<QString, QImage>> renderWindowPages(WindowServices services, con
     for (qsizetype i = 0; i < live.size(); ++i) {
         MainWindow& window = *windows[static_cast<std::size_t>(i)];
         take(window, categoryTitle(live[i]));
-        if (live[i] == SpecCategory::network) {
+        // Live cards run below the window's height; each page is also drawn whole.
+        if (live[i] == SpecCategory::network)
             showWeekOfHistory(window);
-            pictures.append({fileName(categoryTitle(live[i]) + QStringLiteral(" full"), suffix), wholePage(window)});
-        }
+        pictures.append({fileName(categoryTitle(live[i]) + QStringLiteral(" full"), suffix), wholePage(window)});
     }
     return pictures;
 }
