@@ -5,7 +5,6 @@
 
 #include <QDBusConnection>
 #include <QObject>
-#include <QTimer>
 
 #include <chrono>
 #include <functional>
@@ -31,7 +30,9 @@ public:
     // `systemBus` for UPower's changes and logind's resume signal.
     explicit BatteryMonitoringService(QDBusConnection systemBus, QString sysfsRoot = QStringLiteral("/sys"),
                                       QObject* parent = nullptr);
-    BatteryMonitoringService(QDBusConnection systemBus, Reader reader, Timing timing, QObject* parent = nullptr);
+    // The periodic refresh and the retries after a wake sleep on `scheduler`.
+    BatteryMonitoringService(QDBusConnection systemBus, Reader reader, Timing timing,
+                             std::shared_ptr<Scheduler> scheduler = realScheduler(), QObject* parent = nullptr);
     ~BatteryMonitoringService() override;
 
     const BatteryInfo& battery() const { return battery_; }
@@ -40,7 +41,7 @@ public:
     void start();
     void stop();
     bool isStarted() const { return refreshTask_ != nullptr; }
-    bool isRetryingAfterWake() const { return wakeRetryTimer_.isActive(); }
+    bool isRetryingAfterWake() const { return wakeRetrySleep_ != nullptr; }
 
 signals:
     void batteryChanged();
@@ -53,6 +54,7 @@ private:
     void refresh();
     void publish(BatteryInfo info);
     void startWakeRetries();
+    void armWakeRetry();
     void wakeRetryRound();
     void connectSignals();
     void disconnectSignals();
@@ -60,11 +62,12 @@ private:
     QDBusConnection bus_;
     Reader reader_;
     Timing timing_;
+    std::shared_ptr<Scheduler> scheduler_;
     BatteryInfo battery_;
     std::unique_ptr<LoopTask> refreshTask_;
     bool signalsConnected_ = false;
     bool changeQueued_ = false;
-    QTimer wakeRetryTimer_;
+    std::unique_ptr<QObject> wakeRetrySleep_;  // set while a retry is due
     int wakeRetryRounds_ = 0;
 };
 
