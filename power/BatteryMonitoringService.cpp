@@ -35,19 +35,40 @@ BatteryMonitoringService::BatteryMonitoringService(QDBusConnection systemBus, Re
 
 BatteryMonitoringService::~BatteryMonitoringService()
 {
-    stop();
+    halt();
 }
 
 void BatteryMonitoringService::start()
 {
-    if (refreshTask_)
-        return;
-    // The loop's first round is the reading at start.
-    refreshTask_ = LoopTask::start(timing_.refreshPeriod, [this] { refresh(); }, scheduler_);
-    connectSignals();
+    started_ = true;
+    updateRunning();
 }
 
 void BatteryMonitoringService::stop()
+{
+    started_ = false;
+    updateRunning();
+}
+
+void BatteryMonitoringService::setPageActive(bool active)
+{
+    pageActive_ = active;
+    updateRunning();
+}
+
+void BatteryMonitoringService::updateRunning()
+{
+    const bool wanted = started_ || pageActive_;
+    if (wanted && !refreshTask_) {
+        // The loop's first round is the reading at start.
+        refreshTask_ = LoopTask::start(timing_.refreshPeriod, [this] { refresh(); }, scheduler_);
+        connectSignals();
+    } else if (!wanted && refreshTask_) {
+        halt();
+    }
+}
+
+void BatteryMonitoringService::halt()
 {
     refreshTask_.reset();
     wakeRetrySleep_.reset();
@@ -71,22 +92,22 @@ void BatteryMonitoringService::publish(BatteryInfo info)
 void BatteryMonitoringService::onPowerSourceChanged()
 {
     // UPower sends a burst of signals per update (one per changed object); read once for it.
-    if (changeQueued_ || !isStarted())
+    if (changeQueued_ || !isRunning())
         return;
     changeQueued_ = true;
     QTimer::singleShot(0, this, [this] {
         changeQueued_ = false;
-        if (isStarted())
+        if (isRunning())
             refresh();
     });
 }
 
 void BatteryMonitoringService::onPrepareForSleep(bool goingToSleep)
 {
-    if (goingToSleep || !isStarted())
+    if (goingToSleep || !isRunning())
         return;
     refresh();
-    if (isStarted())
+    if (isRunning())
         startWakeRetries();
 }
 
@@ -108,7 +129,7 @@ void BatteryMonitoringService::wakeRetryRound()
     const std::unique_ptr<QObject> ended = std::move(wakeRetrySleep_);
     ++wakeRetryRounds_;
     refresh();
-    if (!isStarted())  // stopped by someone told of the change
+    if (!isRunning())  // stopped by someone told of the change
         return;
     if (battery_.menuBarTimeText() || wakeRetryRounds_ >= timing_.wakeRetries)
         wakeRetryRounds_ = 0;

@@ -40,7 +40,12 @@ public:
     // Idempotent; both on the main thread. stop() keeps the last value.
     void start();
     void stop();
-    bool isStarted() const { return refreshTask_ != nullptr; }
+    // The battery page keeps the readings going while it is on screen, also when nothing
+    // else has started the service.
+    void setPageActive(bool active);
+    bool pageActive() const { return pageActive_; }
+    // Started or wanted by the page: refreshing and listening.
+    bool isRunning() const { return refreshTask_ != nullptr; }
     bool isRetryingAfterWake() const { return wakeRetrySleep_ != nullptr; }
 
 signals:
@@ -51,6 +56,8 @@ private slots:
     void onPrepareForSleep(bool goingToSleep);
 
 private:
+    void updateRunning();
+    void halt();
     void refresh();
     void publish(BatteryInfo info);
     void startWakeRetries();
@@ -65,6 +72,8 @@ private:
     std::shared_ptr<Scheduler> scheduler_;
     BatteryInfo battery_;
     std::unique_ptr<LoopTask> refreshTask_;
+    bool started_ = false;
+    bool pageActive_ = false;
     bool signalsConnected_ = false;
     bool changeQueued_ = false;
     std::unique_ptr<QObject> wakeRetrySleep_;  // set while a retry is due

@@ -24,14 +24,15 @@ struct BatteryPage : ::testing::Test {
     std::shared_ptr<test::ManualScheduler> scheduler = std::make_shared<test::ManualScheduler>();
     BatteryMonitoringService service{QDBusConnection(QStringLiteral("no-bus")), [this] { return reading; }, {}, scheduler};
     test::WindowTestKit kit;
-    InventoryPage page{Theme::darkTheme(), makeSpecPage(SpecCategory::battery, kit.inputs)};
+    QWidget window;
+    InventoryPage& page = *new InventoryPage(Theme::darkTheme(), makeSpecPage(SpecCategory::battery, kit.inputs), &window);
 
     void SetUp() override
     {
         WindowServices services = kit.services();
         services.battery = &service;
         addLiveCards(Theme::darkTheme(), services, SpecCategory::battery, page);
-        service.start();
+        service.start();  // as the tray strip does
     }
     void read(BatteryInfo info)
     {
@@ -127,6 +128,22 @@ TEST_F(BatteryPage, HealthWordFollowsTheCapacityThresholds)
         EXPECT_EQ(label("healthWord")->text(), c.word) << c.maxCapacity;
         EXPECT_EQ(label("healthMark")->accessibleName(), c.mark) << c.maxCapacity;
     }
+}
+
+TEST_F(BatteryPage, StaysLiveOnScreenAlsoWhenNothingElseStartedTheService)
+{
+    service.stop();  // the tray strip is off
+    reading = laptop(4100);
+    window.show();
+    EXPECT_TRUE(service.isRunning());
+    EXPECT_EQ(label("batteryCharge")->text(), "57%") << "read when the page came on screen";
+    window.hide();
+    EXPECT_FALSE(service.isRunning());
+
+    service.start();
+    window.show();
+    window.hide();
+    EXPECT_TRUE(service.isRunning()) << "hiding the page leaves the strip's readings alone";
 }
 
 } // namespace

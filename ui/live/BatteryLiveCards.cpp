@@ -7,6 +7,7 @@
 #include "ui/components/Label.h"
 #include "ui/components/ProgressBar.h"
 #include "ui/components/Theme.h"
+#include "ui/live/WhileShown.h"
 #include "ui/pages/InventoryPage.h"
 #include "ui/pages/LinuxTexts.h"
 #include "ui/popover/PopoverTexts.h"
@@ -317,6 +318,11 @@ void addBatteryLiveCards(const Theme& theme, const WindowServices& services, Inv
     };
     QObject::connect(service, &BatteryMonitoringService::batteryChanged, live, show);
     show();
+    // While the page is on screen its figures stay live even with the tray strip switched off.
+    whileShown(live, [guard = QPointer<BatteryMonitoringService>(service)](bool shown) {
+        if (guard)
+            guard->setPageActive(shown);
+    });
 }
 
 } // namespace tallowmere
