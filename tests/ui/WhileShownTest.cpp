@@ -11,11 +11,11 @@ namespace {
 
 // A window holding two pages, the way the main window stacks them.
 struct TwoPages {
+    QList<bool> changes;  // outlives the window, whose end reports the page hidden
     QWidget window;
     QStackedWidget* stack = new QStackedWidget(&window);
     QWidget* first = new QWidget;
     QWidget* second = new QWidget;
-    QList<bool> changes;
 
     TwoPages()
     {
