@@ -18,6 +18,7 @@
 #include <QPointer>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace tallowmere {
@@ -67,7 +68,15 @@ public:
         setVisible(!rows.isEmpty());
         if (rows == rows_)
             return;
+        // The same labels as before (a new reading of the same battery): new values in place.
+        const bool sameLabels = std::equal(rows.begin(), rows.end(), rows_.begin(), rows_.end(),
+                                           [](const auto& a, const auto& b) { return a.first == b.first; });
         rows_ = rows;
+        if (sameLabels) {
+            for (qsizetype i = 0; i < rows.size(); ++i)
+                static_cast<InfoRow*>(layout_->itemAt(int(i))->widget())->setValue(rows[i].second);
+            return;
+        }
         while (QLayoutItem* item = layout_->takeAt(0)) {
             delete item->widget();
             delete item;
@@ -145,8 +154,10 @@ public:
         }
         const int percent = battery.percentage.value_or(0);
         const QString icon = batteryLevelIconName(percent);
-        level_->setPixmap(Icons::tinted(icon, accent_, 44, devicePixelRatioF()));
-        level_->setAccessibleName(icon);
+        if (icon != level_->accessibleName()) {
+            level_->setPixmap(Icons::tinted(icon, accent_, 44, devicePixelRatioF()));
+            level_->setAccessibleName(icon);
+        }
         charge_->setText(battery.percentage ? percentText(percent) : QStringLiteral("\u2014"));
         state_->setText(battery.statusLine());
         bar_->setFraction(percent / 100.0);
@@ -203,12 +214,14 @@ public:
             const QColor ink = healthInk(theme_, battery.healthColor());
             const bool fine = battery.healthColor() == BatteryHealthColor::green;
             const QString mark = fine ? QStringLiteral("checkmark.seal.fill") : QStringLiteral("exclamationmark.triangle");
-            mark_->setPixmap(Icons::tinted(mark, ink, 18, devicePixelRatioF()));
-            mark_->setAccessibleName(mark);
-            word_->setText(word);
-            QPalette palette = word_->palette();
-            palette.setColor(QPalette::WindowText, ink);
-            word_->setPalette(palette);
+            if (word != word_->text()) {
+                mark_->setPixmap(Icons::tinted(mark, ink, 18, devicePixelRatioF()));
+                mark_->setAccessibleName(mark);
+                word_->setText(word);
+                QPalette palette = word_->palette();
+                palette.setColor(QPalette::WindowText, ink);
+                word_->setPalette(palette);
+            }
             if (maximum)
                 rows.append({QStringLiteral("Maximum capacity"), percentText(*maximum)});
             if (battery.maxCapacity && battery.designCapacity)
