@@ -2,6 +2,8 @@
 
 #include "power/BatteryUPowerReader.h"
 
+#include <QTimer>
+
 namespace tallowmere {
 
 namespace {
@@ -15,40 +17,61 @@ const QString logindManager = QStringLiteral("org.freedesktop.login1.Manager");
 
 BatteryMonitoringService::BatteryMonitoringService(QDBusConnection systemBus, QString sysfsRoot, QObject* parent)
     : BatteryMonitoringService(
-          systemBus, [systemBus, sysfsRoot] { return BatteryInfo::current(systemBus, sysfsRoot); }, Timing{}, parent)
+          systemBus, [systemBus, sysfsRoot] { return BatteryInfo::current(systemBus, sysfsRoot); }, Timing{},
+          realScheduler(), parent)
 {
 }
 
 BatteryMonitoringService::BatteryMonitoringService(QDBusConnection systemBus, Reader reader, Timing timing,
-                                                   QObject* parent)
+                                                   std::shared_ptr<Scheduler> scheduler, QObject* parent)
     : QObject(parent)
     , bus_(std::move(systemBus))
     , reader_(std::move(reader))
     , timing_(timing)
+    , scheduler_(std::move(scheduler))
     , battery_(reader_())
 {
-    wakeRetryTimer_.setTimerType(Qt::PreciseTimer);
-    connect(&wakeRetryTimer_, &QTimer::timeout, this, &BatteryMonitoringService::wakeRetryRound);
 }
 
 BatteryMonitoringService::~BatteryMonitoringService()
 {
-    stop();
+    halt();
 }
 
 void BatteryMonitoringService::start()
 {
-    if (refreshTask_)
-        return;
-    // The loop's first round is the reading at start.
-    refreshTask_ = LoopTask::start(timing_.refreshPeriod, [this] { refresh(); });
-    connectSignals();
+    started_ = true;
+    updateRunning();
 }
 
 void BatteryMonitoringService::stop()
 {
+    started_ = false;
+    updateRunning();
+}
+
+void BatteryMonitoringService::setPageActive(bool active)
+{
+    pageActive_ = active;
+    updateRunning();
+}
+
+void BatteryMonitoringService::updateRunning()
+{
+    const bool wanted = started_ || pageActive_;
+    if (wanted && !refreshTask_) {
+        // The loop's first round is the reading at start.
+        refreshTask_ = LoopTask::start(timing_.refreshPeriod, [this] { refresh(); }, scheduler_);
+        connectSignals();
+    } else if (!wanted && refreshTask_) {
+        halt();
+    }
+}
+
+void BatteryMonitoringService::halt()
+{
     refreshTask_.reset();
-    wakeRetryTimer_.stop();
+    wakeRetrySleep_.reset();
     wakeRetryRounds_ = 0;
     disconnectSignals();
 }
@@ -69,38 +92,49 @@ void BatteryMonitoringService::publish(BatteryInfo info)
 void BatteryMonitoringService::onPowerSourceChanged()
 {
     // UPower sends a burst of signals per update (one per changed object); read once for it.
-    if (changeQueued_ || !isStarted())
+    if (changeQueued_ || !isRunning())
         return;
     changeQueued_ = true;
     QTimer::singleShot(0, this, [this] {
         changeQueued_ = false;
-        if (isStarted())
+        if (isRunning())
             refresh();
     });
 }
 
 void BatteryMonitoringService::onPrepareForSleep(bool goingToSleep)
 {
-    if (goingToSleep || !isStarted())
+    if (goingToSleep || !isRunning())
         return;
     refresh();
-    startWakeRetries();
+    if (isRunning())
+        startWakeRetries();
 }
 
 void BatteryMonitoringService::startWakeRetries()
 {
+    // A second wake during a burst starts it over.
     wakeRetryRounds_ = 0;
-    wakeRetryTimer_.start(timing_.wakeRetryInterval);
+    armWakeRetry();
+}
+
+void BatteryMonitoringService::armWakeRetry()
+{
+    wakeRetrySleep_ = scheduler_->sleep(timing_.wakeRetryInterval, [this] { wakeRetryRound(); });
 }
 
 void BatteryMonitoringService::wakeRetryRound()
 {
+    // The ended sleep is let go after the round, which may arm the next one.
+    const std::unique_ptr<QObject> ended = std::move(wakeRetrySleep_);
     ++wakeRetryRounds_;
     refresh();
-    if (battery_.menuBarTimeText() || wakeRetryRounds_ >= timing_.wakeRetries) {
-        wakeRetryTimer_.stop();
+    if (!isRunning())  // stopped by someone told of the change
+        return;
+    if (battery_.menuBarTimeText() || wakeRetryRounds_ >= timing_.wakeRetries)
         wakeRetryRounds_ = 0;
-    }
+    else
+        armWakeRetry();
 }
 
 void BatteryMonitoringService::connectSignals()

@@ -5,7 +5,6 @@
 
 #include <QDBusConnection>
 #include <QObject>
-#include <QTimer>
 
 #include <chrono>
 #include <functional>
@@ -31,7 +30,9 @@ public:
     // `systemBus` for UPower's changes and logind's resume signal.
     explicit BatteryMonitoringService(QDBusConnection systemBus, QString sysfsRoot = QStringLiteral("/sys"),
                                       QObject* parent = nullptr);
-    BatteryMonitoringService(QDBusConnection systemBus, Reader reader, Timing timing, QObject* parent = nullptr);
+    // The periodic refresh and the retries after a wake sleep on `scheduler`.
+    BatteryMonitoringService(QDBusConnection systemBus, Reader reader, Timing timing,
+                             std::shared_ptr<Scheduler> scheduler = realScheduler(), QObject* parent = nullptr);
     ~BatteryMonitoringService() override;
 
     const BatteryInfo& battery() const { return battery_; }
@@ -39,8 +40,13 @@ public:
     // Idempotent; both on the main thread. stop() keeps the last value.
     void start();
     void stop();
-    bool isStarted() const { return refreshTask_ != nullptr; }
-    bool isRetryingAfterWake() const { return wakeRetryTimer_.isActive(); }
+    // The battery page keeps the readings going while it is on screen, also when nothing
+    // else has started the service.
+    void setPageActive(bool active);
+    bool pageActive() const { return pageActive_; }
+    // Started or wanted by the page: refreshing and listening.
+    bool isRunning() const { return refreshTask_ != nullptr; }
+    bool isRetryingAfterWake() const { return wakeRetrySleep_ != nullptr; }
 
 signals:
     void batteryChanged();
@@ -50,9 +56,12 @@ private slots:
     void onPrepareForSleep(bool goingToSleep);
 
 private:
+    void updateRunning();
+    void halt();
     void refresh();
     void publish(BatteryInfo info);
     void startWakeRetries();
+    void armWakeRetry();
     void wakeRetryRound();
     void connectSignals();
     void disconnectSignals();
@@ -60,11 +69,14 @@ private:
     QDBusConnection bus_;
     Reader reader_;
     Timing timing_;
+    std::shared_ptr<Scheduler> scheduler_;
     BatteryInfo battery_;
     std::unique_ptr<LoopTask> refreshTask_;
+    bool started_ = false;
+    bool pageActive_ = false;
     bool signalsConnected_ = false;
     bool changeQueued_ = false;
-    QTimer wakeRetryTimer_;
+    std::unique_ptr<QObject> wakeRetrySleep_;  // set while a retry is due
     int wakeRetryRounds_ = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "power/BatteryMonitoringService.h"
 
+#include "tests/support/ManualScheduler.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/TestSupport.h"
 
@@ -18,18 +19,16 @@ const QString upower = QStringLiteral("org.freedesktop.UPower");
 const QString upowerPath = QStringLiteral("/org/freedesktop/UPower");
 const QString logind = QStringLiteral("org.freedesktop.login1");
 
-// Periods long enough that only the events under test cause readings.
-BatteryMonitoringService::Timing quietTiming(std::chrono::milliseconds retry = 1h)
-{
-    return {.refreshPeriod = 1h, .wakeRetryInterval = retry, .wakeRetries = 6};
-}
-
-// Runs the event loop a little so signals already sent are delivered.
-void settle() { test::waitUntil([] { return false; }, 200); }
+// A refresh period long enough that only the events under test cause readings.
+const BatteryMonitoringService::Timing quietTiming{.refreshPeriod = 1h};
 
 class BatteryService : public ::testing::Test {
 protected:
-    void SetUp() override { ASSERT_TRUE(bus.isUp() && bus.startTemplate(QStringLiteral("logind"), logind)); }
+    void SetUp() override
+    {
+        ASSERT_TRUE(bus.isUp() && bus.startTemplate(QStringLiteral("logind"), logind));
+        witness.start();
+    }
 
     void emitPrepareForSleep(bool goingToSleep)
     {
@@ -44,8 +43,23 @@ protected:
         bus.callMock(upower, upowerPath, QStringLiteral("SetDeviceProperties"),
                      {QVariant::fromValue(QDBusObjectPath(device)), QVariantMap{{"Percentage", percentage}}});
     }
+    // Sends a wake and returns once a second service on the same connection has read for it.
+    // Signals reach every listener in the order they were sent, so every earlier signal has
+    // been handled by then: a test knows that nothing more is coming without waiting for it.
+    void wakeAndDrain()
+    {
+        const int before = witnessReads;
+        emitPrepareForSleep(false);
+        ASSERT_TRUE(test::waitUntil([&] { return witnessReads > before; }));
+    }
 
     test::PrivateBus bus;
+    std::shared_ptr<test::ManualScheduler> scheduler = std::make_shared<test::ManualScheduler>();
+    int witnessReads = 0;
+    BatteryMonitoringService witness{bus.connection(), [this] {
+                                         ++witnessReads;
+                                         return BatteryInfo::noBattery();
+                                     }, quietTiming, scheduler};
 };
 
 TEST_F(BatteryService, FollowsUPowerChangesWhileStartedOnly)
@@ -53,7 +67,7 @@ TEST_F(BatteryService, FollowsUPowerChangesWhileStartedOnly)
     ASSERT_TRUE(bus.startTemplate(QStringLiteral("upower"), upower));
     const QDBusConnection connection = bus.connection();
     BatteryMonitoringService service(connection, [connection] { return BatteryInfo::current(connection, "/none"); },
-                                     quietTiming());
+                                     quietTiming, scheduler);
     EXPECT_EQ(service.battery(), BatteryInfo::noBattery(QString("AC Power")));
     QSignalSpy changed(&service, &BatteryMonitoringService::batteryChanged);
     service.start();
@@ -70,45 +84,50 @@ TEST_F(BatteryService, FollowsUPowerChangesWhileStartedOnly)
 
     service.stop();
     setPercentage(device, 12.0);
-    settle();
+    wakeAndDrain();
     EXPECT_EQ(service.battery().percentage, 41);  // the last value is kept
     EXPECT_EQ(changed.count(), 2);
     service.start();  // starting again reads at once
     EXPECT_EQ(service.battery().percentage, 12);
 }
 
-TEST_F(BatteryService, WakeBringsSixRetriesUntilStoppedAndASecondWakeRestartsThem)
+TEST_F(BatteryService, WakeBringsSixRetriesFiveSecondsApartAndASecondWakeRestartsThem)
 {
     int reads = 0;
     BatteryMonitoringService service(bus.connection(), [&reads] {
         ++reads;
         return BatteryInfo::noBattery();
-    }, quietTiming(150ms));
-    emitPrepareForSleep(false);
-    settle();
-    EXPECT_EQ(reads, 1);  // only the reading at construction: not started, no wake handling
-
+    }, quietTiming, scheduler);
     service.start();
     emitPrepareForSleep(true);  // going to sleep is not a wake
-    settle();
-    EXPECT_EQ(reads, 2);
+    wakeAndDrain();
+    EXPECT_EQ(reads, 3);  // at construction, at start, at the wake
+    ASSERT_TRUE(service.isRetryingAfterWake());
 
-    emitPrepareForSleep(false);
-    ASSERT_TRUE(test::waitUntil([&] { return reads == 5; }));  // the wake reading and two retries
-    const int beforeSecondWake = reads;
-    emitPrepareForSleep(false);
-    ASSERT_TRUE(test::waitUntil([&] { return !service.isRetryingAfterWake(); }, 10000));
-    settle();
-    EXPECT_EQ(reads - beforeSecondWake, 1 + 6);
+    scheduler->advance(4999ms);
+    EXPECT_EQ(reads, 3);
+    scheduler->advance(1ms);
+    EXPECT_EQ(reads, 4);
+    scheduler->advance(5s);
+    EXPECT_EQ(reads, 5);
 
-    // A burst under way ends with stop().
-    emitPrepareForSleep(false);
-    ASSERT_TRUE(test::waitUntil([&] { return service.isRetryingAfterWake(); }));
-    service.stop();
-    const int atStop = reads;
-    settle();
-    EXPECT_EQ(reads, atStop);
+    wakeAndDrain();  // a second wake, 10 s into the first burst
+    EXPECT_EQ(reads, 6);
+    scheduler->advance(4999ms);
+    EXPECT_EQ(reads, 6) << "the first burst's next retry is gone";
+    scheduler->advance(1h);
+    EXPECT_EQ(reads, 6 + 6 + 1);  // six retries, and the hourly refresh
     EXPECT_FALSE(service.isRetryingAfterWake());
+
+    // A burst under way ends with stop(), and a stopped service hears no wake.
+    wakeAndDrain();
+    ASSERT_TRUE(service.isRetryingAfterWake());
+    service.stop();
+    EXPECT_FALSE(service.isRetryingAfterWake());
+    const int atStop = reads;
+    wakeAndDrain();
+    scheduler->advance(2h);
+    EXPECT_EQ(reads, atStop);
 }
 
 TEST_F(BatteryService, RetriesEndOnceATimeEstimateAppears)
@@ -117,29 +136,39 @@ TEST_F(BatteryService, RetriesEndOnceATimeEstimateAppears)
     BatteryMonitoringService service(bus.connection(), [&reads] {
         BatteryInfo info;
         info.isPresent = true;
-        info.timeRemainingMinutes = ++reads >= 5 ? 90 : -1;  // with the third reading after the wake
+        info.timeRemainingMinutes = ++reads >= 5 ? 90 : -1;  // with the second retry
         return info;
-    }, quietTiming(30ms));
+    }, quietTiming, scheduler);
     service.start();
     QSignalSpy changed(&service, &BatteryMonitoringService::batteryChanged);
     emitPrepareForSleep(false);
-    ASSERT_TRUE(test::waitUntil([&] { return reads >= 3 && !service.isRetryingAfterWake(); }));
+    ASSERT_TRUE(test::waitUntil([&] { return service.isRetryingAfterWake(); }));
+    scheduler->advance(10s);
     EXPECT_EQ(reads, 5);
+    EXPECT_FALSE(service.isRetryingAfterWake());
     EXPECT_EQ(changed.count(), 1);  // equal readings before the estimate were dropped
 }
 
-TEST(BatteryServicePeriodic, RefreshesOnItsPeriodWithoutAnyBus)
+TEST(BatteryServicePeriodic, RefreshesEveryFifteenSecondsWithoutAnyBus)
 {
+    auto scheduler = std::make_shared<test::ManualScheduler>();
     int reads = 0;
     BatteryMonitoringService service(QDBusConnection(QStringLiteral("no-bus")), [&reads] {
         BatteryInfo info;
         info.isPresent = true;
         info.percentage = ++reads;
         return info;
-    }, {.refreshPeriod = 20ms, .wakeRetryInterval = 1h, .wakeRetries = 6});
+    }, {}, scheduler);
     service.start();
-    ASSERT_TRUE(test::waitUntil([&] { return reads >= 5; }));
-    EXPECT_EQ(service.battery().percentage, reads);
+    EXPECT_EQ(reads, 2);
+    scheduler->advance(14999ms);
+    EXPECT_EQ(reads, 2);
+    scheduler->advance(1ms);
+    EXPECT_EQ(reads, 3);
+    scheduler->advance(45s);
+    EXPECT_EQ(service.battery().percentage, 6);
+    service.stop();
+    EXPECT_EQ(scheduler->pending(), 0u);
 }
 
 } // namespace

@@ -56,6 +56,14 @@ QString InfoRow::label() const
     return label_->text();
 }
 
+void InfoRow::setValue(const QString& value)
+{
+    if (value == value_)
+        return;
+    value_ = value;
+    refresh();
+}
+
 QString InfoRow::shownValue() const
 {
     return value_label_->text();

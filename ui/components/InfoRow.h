@@ -18,6 +18,7 @@ public:
             QWidget* parent = nullptr);
 
     QString label() const;
+    void setValue(const QString& value);
     // The text on screen (bullets while a revealable row is hidden).
     QString shownValue() const;
     bool isRevealed() const { return revealed_; }

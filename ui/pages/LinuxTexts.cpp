@@ -36,4 +36,15 @@ std::optional<qint64> uptimeSeconds(const QString& procRoot)
     return static_cast<qint64>(seconds);
 }
 
+QString batteryHealthNote()
+{
+    return QStringLiteral("Live estimate from current battery data. The system's own battery settings update their "
+                          "figure periodically, so it may differ by a few percent.");
+}
+
+QString noInternalBatteryNote()
+{
+    return QStringLiteral("This computer is connected to AC power and has no internal battery.");
+}
+
 } // namespace tallowmere::linuxTexts

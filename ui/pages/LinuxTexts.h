@@ -15,6 +15,11 @@ std::optional<QString> rootFileSystemType(const QString& procRoot = QStringLiter
 // Whole seconds since boot, from <procRoot>/uptime.
 std::optional<qint64> uptimeSeconds(const QString& procRoot = QStringLiteral("/proc"));
 
+// Under the battery health figures: why they may differ from the system's own.
+QString batteryHealthNote();
+// Under "On AC power — no battery detected".
+QString noInternalBatteryNote();
+
 } // namespace linuxTexts
 
 } // namespace tallowmere

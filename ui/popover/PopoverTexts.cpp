@@ -81,8 +81,12 @@ QString batteryIconName(const BatteryInfo& battery)
 {
     if (battery.isCharging.value_or(false))
         return QStringLiteral("battery.100percent.bolt");
-    const int percent = std::clamp(battery.percentage.value_or(0), 0, 100);
-    const int step = std::max(25, int(std::lround(percent / 25.0)) * 25);
+    return batteryLevelIconName(battery.percentage.value_or(0));
+}
+
+QString batteryLevelIconName(int percent)
+{
+    const int step = std::max(25, int(std::lround(std::clamp(percent, 0, 100) / 25.0)) * 25);
     return QStringLiteral("battery.%1percent").arg(step);
 }
 

@@ -29,9 +29,11 @@ QString networkSession(quint64 download, quint64 upload);
 QString durationText(int minutes);
 // "Charging · Full in 45m · 500 cycles · Normal" and its other forms.
 QString batteryStatusLine(const BatteryInfo& battery);
-// The level icon for a charge: "battery.100percent.bolt" while charging, else the nearest of
-// "battery.25percent" ... "battery.100percent" in quarters (an empty battery shows the lowest).
+// The level icon for a charge: "battery.100percent.bolt" while charging, else the level icon.
 QString batteryIconName(const BatteryInfo& battery);
+// The nearest of "battery.25percent" ... "battery.100percent" in quarters (an empty battery
+// shows the lowest).
+QString batteryLevelIconName(int percent);
 
 // "7:30 AM" for a wake time given in 24-hour form, and its parts "7:30" and "AM".
 QString wakeTimeText(int hour, int minute);
