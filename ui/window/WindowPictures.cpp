@@ -89,7 +89,9 @@ QList<std::pair<QString, QImage>> renderWindowPages(WindowServices services, con
 {
     QList<std::pair<QString, QImage>> pictures;
     const auto take = [&](MainWindow& window, const QString& title) {
-        QApplication::processEvents();
+        // Cards added after the page appeared need a few passes to settle their layouts.
+        for (int pass = 0; pass < 3; ++pass)
+            QApplication::processEvents();
         pictures.append({fileName(title, suffix), window.grab().toImage()});
     };
     // The pages without live cards first, in one window; the live ones are set aside.
