@@ -175,17 +175,6 @@ struct Tally {
     }
 };
 
-// Whether this kernel multicasts close notices (some virtual machines' kernels do not).
-bool kernelSendsCloseNotices()
-{
-    static const bool sends = [] {
-        SockDiagDestroyListener listener;
-        { LoopbackConnection connection; }
-        return listener.isListening() && test::waitUntil([&] { return !listener.take().empty(); }, 2000);
-    }();
-    return sends;
-}
-
 TEST(NetworkFlowSource, ChildrenThatExitBetweenRoundsOrHandTheirSocketOnAreCountedToTheLastByte)
 {
     Sink sink;
@@ -214,13 +203,6 @@ TEST(NetworkFlowSource, ChildrenThatExitBetweenRoundsOrHandTheirSocketOnAreCount
     EXPECT_EQ(tally.out["tm-hander"], 30'000u);
     EXPECT_EQ(tally.out["tm-heir"], 7'000u) << "bytes after the hand-over count for the process holding it";
     handing.command(0);
-    if (!kernelSendsCloseNotices()) {
-        // Without close notices what a round saw before the close is all there is (a send may
-        // still be unacknowledged then); never more than was sent.
-        EXPECT_GT(tally.out["tm-leaver"], 0u);
-        EXPECT_LE(tally.out["tm-leaver"], 350'000u);
-        GTEST_SKIP() << "this kernel sends no close notices";
-    }
     EXPECT_TRUE(test::waitUntil([&] {
         round();
         return tally.out["tm-leaver"] >= 350'000;
@@ -230,8 +212,6 @@ TEST(NetworkFlowSource, ChildrenThatExitBetweenRoundsOrHandTheirSocketOnAreCount
 
 TEST(SockDiagDestroyListener, ReportsAClosedConnectionWithItsFinalCounts)
 {
-    if (!kernelSendsCloseNotices())
-        GTEST_SKIP() << "this kernel sends no close notices";
     SockDiagDestroyListener listener;
     ASSERT_TRUE(listener.isListening());
     std::uint64_t cookie = 0;
