@@ -16,9 +16,10 @@ std::optional<std::uint32_t> attributableUid()
 
 } // namespace
 
-NetworkFlowSource::NetworkFlowSource(std::string procRoot, NetworkSocketOwners::Clock clock)
+NetworkFlowSource::NetworkFlowSource(std::string procRoot, std::optional<std::string> cgroupRoot,
+                                     NetworkSocketOwners::Clock clock)
     : closes_(16384, attributableUid())
-    , owners_(std::move(procRoot), std::move(clock))
+    , owners_(std::move(procRoot), std::move(cgroupRoot), std::move(clock))
     , uid_(attributableUid())
 {
 }
@@ -34,13 +35,13 @@ std::optional<FlowSample> NetworkFlowSource::sample()
     if (uid_)
         std::erase_if(*records, [this](const SockDiagRecord& record) { return record.uid != *uid_; });
 
-    std::vector<std::uint64_t> inodes;
-    inodes.reserve(records->size());
+    std::vector<LiveSocket> sockets;
+    sockets.reserve(records->size());
     for (const SockDiagRecord& record : *records) {
         if (record.bytes && record.inode != 0)
-            inodes.push_back(record.inode);
+            sockets.push_back({record.inode, record.cgroupId});
     }
-    owners_.update(inodes);
+    owners_.update(sockets);
     FlowSample sample = ledger_.apply(
         *records, closed, [this](std::uint64_t inode) { return owners_.labelOf(inode); }, closes_.isListening());
     sample.droppedCloses = closes_.dropped();

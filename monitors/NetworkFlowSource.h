@@ -18,7 +18,9 @@ namespace tallowmere {
 // has no per-socket byte counters and is not counted.
 class NetworkFlowSource {
 public:
-    explicit NetworkFlowSource(std::string procRoot = "/proc",
+    // With a cgroupRoot (the cgroup2 mount) the owners of new sockets are looked for in their
+    // cgroup first.
+    explicit NetworkFlowSource(std::string procRoot = "/proc", std::optional<std::string> cgroupRoot = std::nullopt,
                                NetworkSocketOwners::Clock clock = std::chrono::steady_clock::now);
 
     // One blocking sample; none when the kernel could not be asked (the next good sample then

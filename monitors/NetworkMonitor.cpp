@@ -4,6 +4,7 @@
 #include "core/Log.h"
 #include "core/Property.h"
 #include "core/WorkerPool.h"
+#include "monitors/NetworkCgroupProcesses.h"
 #include "monitors/NetworkFlowSource.h"
 #include "monitors/NetworkFlows.h"
 #include "monitors/NetworkInterfaceCounters.h"
@@ -41,10 +42,10 @@ std::uint64_t grownBy(std::uint64_t now, std::uint64_t before)
 
 } // namespace
 
-NetworkMonitorSources NetworkMonitorSources::system(const std::string& procRoot)
+NetworkMonitorSources NetworkMonitorSources::system(const std::string& procRoot, const std::string& sysRoot)
 {
     auto counters = std::make_shared<NetworkInterfaceCounters>(procRoot);
-    auto flows = std::make_shared<NetworkFlowSource>(procRoot);
+    auto flows = std::make_shared<NetworkFlowSource>(procRoot, NetworkCgroupProcesses::mountBelow(sysRoot));
     NetworkMonitorSources sources;
     sources.interfaceBytes = [counters] { return counters->read(); };
     sources.flows = [flows] { return flows->sample(); };

@@ -31,7 +31,7 @@ struct NetworkMonitorSources {
     // Makes the next flows() call a baseline; called when the per-app loop starts.
     std::function<void()> restartFlows = nullptr;
 
-    static NetworkMonitorSources system(const std::string& procRoot = "/proc");
+    static NetworkMonitorSources system(const std::string& procRoot = "/proc", const std::string& sysRoot = "/sys");
 };
 
 // Machine-wide throughput once a second, and per-application traffic to each remote address

@@ -181,7 +181,7 @@ TEST(NetworkFlowSource, ChildrenThatExitBetweenRoundsOrHandTheirSocketOnAreCount
 {
     Sink sink;
     auto now = std::chrono::steady_clock::time_point{};
-    NetworkFlowSource source("/proc", [&] { return now; });
+    NetworkFlowSource source("/proc", std::nullopt, [&] { return now; });
     Tally tally{source};
     // Every round may walk all processes: the children are new to it each time.
     auto round = [&] {
