@@ -50,6 +50,7 @@ NetworkMonitorSources NetworkMonitorSources::system(const std::string& procRoot,
     sources.interfaceBytes = [counters] { return counters->read(); };
     sources.flows = [flows] { return flows->sample(); };
     sources.restartFlows = [flows] { flows->restart(); };
+    sources.setFlowRefreshInterval = [flows](std::chrono::milliseconds interval) { flows->setRefreshInterval(interval); };
     sources.reverseLookup = [](const QString& ip) { return tallowmere::reverseLookup(ip); };
     return sources;
 }
@@ -69,6 +70,13 @@ void NetworkMonitor::setPerAppInterval(double seconds)
     perAppInterval_ = seconds;
     if (LoopTask* task = perAppTask_.task())
         task->setPeriod(toPeriod(seconds));
+}
+
+void NetworkMonitor::setRefreshInterval(double seconds)
+{
+    refreshInterval_ = seconds;
+    if (sources_.setFlowRefreshInterval)
+        sources_.setFlowRefreshInterval(toPeriod(seconds));
 }
 
 void NetworkMonitor::startThroughput()
