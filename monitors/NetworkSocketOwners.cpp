@@ -66,7 +66,10 @@ std::vector<int> NetworkSocketOwners::cgroupProcesses(const std::unordered_set<s
     std::unordered_set<int> seen;
     std::vector<int> pids;
     for (const LiveSocket& socket : live) {
-        if (!socket.cgroupId || !unknown.contains(socket.inode) || !groups.insert(*socket.cgroupId).second)
+        // A group is searched once per socket: what it did not show stays for the full walk,
+        // which is rate-limited.
+        if (!socket.cgroupId || !unknown.contains(socket.inode) || !cgroupSearched_.insert(socket.inode).second
+            || !groups.insert(*socket.cgroupId).second)
             continue;
         for (const int pid : cgroups_->processesOf(*socket.cgroupId))
             if (seen.insert(pid).second)
@@ -106,6 +109,7 @@ void NetworkSocketOwners::update(std::span<const LiveSocket> live)
         return;
 
     if (cgroups_) {
+        std::erase_if(cgroupSearched_, [&](std::uint64_t inode) { return !unknown.contains(inode); });
         if (const std::vector<int> pids = cgroupProcesses(unknown, live); !pids.empty())
             scan(unknown, pids);
     }

@@ -66,6 +66,7 @@ private:
     std::string procRoot_;
     Clock clock_;
     std::optional<NetworkCgroupProcesses> cgroups_;
+    std::unordered_set<std::uint64_t> cgroupSearched_;  // unknown sockets whose group did not have them
     std::unordered_map<std::uint64_t, Owner> owners_;
     std::unordered_set<std::uint64_t> unowned_;
     std::deque<int> recentOwners_;  // newest first
