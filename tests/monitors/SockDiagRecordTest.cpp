@@ -57,7 +57,8 @@ void append(std::vector<std::byte>& out, std::uint32_t sequence, const Socket& s
         payload.resize(at + RTA_SPACE(size));
         const rtattr header{static_cast<unsigned short>(length), type};
         std::memcpy(payload.data() + at, &header, sizeof header);
-        std::memcpy(payload.data() + at + RTA_LENGTH(0), data, size);
+        if (size > 0)
+            std::memcpy(payload.data() + at + RTA_LENGTH(0), data, size);
     };
     if (socket.cgroup)
         attribute(INET_DIAG_PAD, nullptr, 0, RTA_LENGTH(0));
