@@ -41,7 +41,7 @@ std::unique_ptr<DiskMonitor> makeDiskMonitor(const AppEnvironment& env)
 
 std::unique_ptr<NetworkMonitoringService> makeNetworkService(const AppEnvironment& env)
 {
-    NetworkMonitorSources sources = NetworkMonitorSources::system(env.roots.proc.toStdString());
+    NetworkMonitorSources sources = NetworkMonitorSources::system(env.roots.proc.toStdString(), env.roots.sys.toStdString());
     sources.clock = env.clock;
     return std::make_unique<NetworkMonitoringService>(std::make_unique<NetworkUsageStore>(env.roots.data, env.clock),
                                                       std::make_unique<NetworkMonitor>(std::move(sources)));

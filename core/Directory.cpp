@@ -1,5 +1,6 @@
 #include "core/Directory.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tallowmere {
@@ -20,7 +21,7 @@ int Directory::fd() const
     return dir_ ? ::dirfd(dir_.get()) : -1;
 }
 
-const char* Directory::next()
+const dirent* Directory::nextEntry()
 {
     if (!dir_)
         return nullptr;
@@ -28,7 +29,31 @@ const char* Directory::next()
         const char* name = entry->d_name;
         if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
             continue;
-        return name;
+        return entry;
+    }
+    return nullptr;
+}
+
+const char* Directory::next()
+{
+    const dirent* entry = nextEntry();
+    return entry ? entry->d_name : nullptr;
+}
+
+const char* Directory::nextFolder(ino_t& inode)
+{
+    while (const dirent* entry = nextEntry()) {
+        if (entry->d_type == DT_DIR) {
+            inode = entry->d_ino;
+            return entry->d_name;
+        }
+        // Some file systems leave the type to be asked for.
+        struct stat info;
+        if (entry->d_type == DT_UNKNOWN && ::fstatat(fd(), entry->d_name, &info, AT_SYMLINK_NOFOLLOW) == 0
+            && S_ISDIR(info.st_mode)) {
+            inode = info.st_ino;
+            return entry->d_name;
+        }
     }
     return nullptr;
 }

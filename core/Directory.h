@@ -22,8 +22,12 @@ public:
 
     // The next entry's name, without "." and ".."; nullptr at the end.
     const char* next();
+    // The same for sub-folders only (links are not followed), with their inode numbers.
+    const char* nextFolder(ino_t& inode);
 
 private:
+    const dirent* nextEntry();
+
     struct Closer {
         void operator()(DIR* dir) const { ::closedir(dir); }
     };

@@ -56,6 +56,9 @@ void NetworkMonitoringService::updateMonitoring()
     const double interval = recordingActive_ ? kRecordingInterval : kPageInterval;
     if (monitor_->perAppInterval() != interval)
         monitor_->setPerAppInterval(interval);
+    const double refresh = pageActive() ? kPageInterval : kRecordingRefresh;
+    if (monitor_->refreshInterval() != refresh)
+        monitor_->setRefreshInterval(refresh);
     monitor_->startPerApp();
 }
 

@@ -37,6 +37,32 @@ void NetworkFlowLedger::restart()
     baselineTaken_ = false;
 }
 
+FlowSample NetworkFlowLedger::applyClosed(const std::vector<SockDiagRecord>& closed)
+{
+    FlowSample sample;
+    creditClosed(closed, !baselineTaken_, sample);
+    return sample;
+}
+
+void NetworkFlowLedger::creditClosed(const std::vector<SockDiagRecord>& closed, bool baseline, FlowSample& sample)
+{
+    for (const SockDiagRecord& record : closed) {
+        if (!recordedAddress(record))
+            continue;
+        const auto it = sockets_.find(record.cookie);
+        if (it == sockets_.end()) {
+            // Born and closed between two dumps: nobody can be named any more. Closes from
+            // before the baseline are not ours to count.
+            if (!baseline)
+                add(sample.unattributed, *record.bytes);
+            continue;
+        }
+        credit(it->second, grownBy(*record.bytes, it->second.last), sample);
+        add(sample.unattributed, it->second.heldBack);
+        sockets_.erase(it);
+    }
+}
+
 void NetworkFlowLedger::credit(Tracked& socket, ByteCounts grown, FlowSample& sample) const
 {
     if (socket.label.isEmpty()) {
@@ -79,22 +105,7 @@ FlowSample NetworkFlowLedger::apply(const std::vector<SockDiagRecord>& live, con
         socket.last = *record.bytes;
     }
 
-    for (const SockDiagRecord& record : closed) {
-        const std::optional<QString> address = recordedAddress(record);
-        if (!address)
-            continue;
-        const auto it = sockets_.find(record.cookie);
-        if (it == sockets_.end()) {
-            // Born and closed between two rounds: nobody can be named any more. Closes from
-            // before the baseline are not ours to count.
-            if (!baseline)
-                add(sample.unattributed, *record.bytes);
-            continue;
-        }
-        credit(it->second, grownBy(*record.bytes, it->second.last), sample);
-        add(sample.unattributed, it->second.heldBack);
-        sockets_.erase(it);
-    }
+    creditClosed(closed, baseline, sample);
 
     for (auto it = sockets_.begin(); it != sockets_.end();) {
         const bool waited = !closesReported || round_ - it->second.round > kRoundsToWaitForClose;

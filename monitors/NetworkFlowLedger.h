@@ -38,6 +38,9 @@ public:
     FlowSample apply(const std::vector<SockDiagRecord>& live, const std::vector<SockDiagRecord>& closed,
                      const Labeller& labelOf, bool closesReported = true);
 
+    // A round between two dumps: only the final bytes of the sockets that closed meanwhile.
+    FlowSample applyClosed(const std::vector<SockDiagRecord>& closed);
+
     // The next round takes a new baseline.
     void restart();
 
@@ -53,6 +56,7 @@ private:
     };
 
     void credit(Tracked& socket, ByteCounts grown, FlowSample& sample) const;
+    void creditClosed(const std::vector<SockDiagRecord>& closed, bool baseline, FlowSample& sample);
 
     std::unordered_map<std::uint64_t, Tracked> sockets_;
     std::uint64_t round_ = 0;

@@ -4,6 +4,7 @@
 #include "core/Log.h"
 #include "core/Property.h"
 #include "core/WorkerPool.h"
+#include "monitors/NetworkCgroupProcesses.h"
 #include "monitors/NetworkFlowSource.h"
 #include "monitors/NetworkFlows.h"
 #include "monitors/NetworkInterfaceCounters.h"
@@ -41,14 +42,15 @@ std::uint64_t grownBy(std::uint64_t now, std::uint64_t before)
 
 } // namespace
 
-NetworkMonitorSources NetworkMonitorSources::system(const std::string& procRoot)
+NetworkMonitorSources NetworkMonitorSources::system(const std::string& procRoot, const std::string& sysRoot)
 {
     auto counters = std::make_shared<NetworkInterfaceCounters>(procRoot);
-    auto flows = std::make_shared<NetworkFlowSource>(procRoot);
+    auto flows = std::make_shared<NetworkFlowSource>(procRoot, NetworkCgroupProcesses::mountBelow(sysRoot));
     NetworkMonitorSources sources;
     sources.interfaceBytes = [counters] { return counters->read(); };
     sources.flows = [flows] { return flows->sample(); };
     sources.restartFlows = [flows] { flows->restart(); };
+    sources.setFlowRefreshInterval = [flows](std::chrono::milliseconds interval) { flows->setRefreshInterval(interval); };
     sources.reverseLookup = [](const QString& ip) { return tallowmere::reverseLookup(ip); };
     return sources;
 }
@@ -68,6 +70,13 @@ void NetworkMonitor::setPerAppInterval(double seconds)
     perAppInterval_ = seconds;
     if (LoopTask* task = perAppTask_.task())
         task->setPeriod(toPeriod(seconds));
+}
+
+void NetworkMonitor::setRefreshInterval(double seconds)
+{
+    refreshInterval_ = seconds;
+    if (sources_.setFlowRefreshInterval)
+        sources_.setFlowRefreshInterval(toPeriod(seconds));
 }
 
 void NetworkMonitor::startThroughput()

@@ -30,8 +30,11 @@ struct NetworkMonitorSources {
     WallClock clock = systemNow;
     // Makes the next flows() call a baseline; called when the per-app loop starts.
     std::function<void()> restartFlows = nullptr;
+    // The longest time flows() may go on reporting closed connections alone while no new
+    // connection was opened.
+    std::function<void(std::chrono::milliseconds)> setFlowRefreshInterval = nullptr;
 
-    static NetworkMonitorSources system(const std::string& procRoot = "/proc");
+    static NetworkMonitorSources system(const std::string& procRoot = "/proc", const std::string& sysRoot = "/sys");
 };
 
 // Machine-wide throughput once a second, and per-application traffic to each remote address
@@ -62,6 +65,10 @@ public:
     // Seconds between per-application rounds; a running loop uses a new value from its next sleep.
     double perAppInterval() const { return perAppInterval_; }
     void setPerAppInterval(double seconds);
+    // Seconds within which every live connection's bytes are brought up to date; rounds in
+    // between count the connections that opened or closed.
+    double refreshInterval() const { return refreshInterval_; }
+    void setRefreshInterval(double seconds);
 
     // Starting a running loop does nothing. Stopping the throughput loop forgets the interface
     // baseline; starting the per-app loop takes a new connection baseline; published figures stay.
@@ -102,6 +109,7 @@ private:
     QList<NetworkHistoryPoint> history_;
     FlowDeltasHandler onFlowDeltas_;
     double perAppInterval_ = kDefaultPerAppInterval;
+    double refreshInterval_ = 0;
     LoopSlot throughputTask_;
     LoopSlot perAppTask_;
     // Bumped on every stop, so a sample still in flight from an earlier run is not applied.

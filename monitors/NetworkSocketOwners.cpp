@@ -27,10 +27,12 @@ QString processLabel(std::string_view comm, int pid)
     return QString::fromUtf8(comm.data(), static_cast<qsizetype>(comm.size())) + u'.' + QString::number(pid);
 }
 
-NetworkSocketOwners::NetworkSocketOwners(std::string procRoot, Clock clock)
+NetworkSocketOwners::NetworkSocketOwners(std::string procRoot, std::optional<std::string> cgroupRoot, Clock clock)
     : procRoot_(std::move(procRoot))
     , clock_(std::move(clock))
 {
+    if (cgroupRoot)
+        cgroups_.emplace(std::move(*cgroupRoot), clock_);
 }
 
 const QString* NetworkSocketOwners::labelOf(std::uint64_t inode) const
@@ -57,13 +59,33 @@ void NetworkSocketOwners::rememberOwner(int pid)
         recentOwners_.pop_back();
 }
 
-void NetworkSocketOwners::update(std::span<const std::uint64_t> liveInodes)
+std::vector<int> NetworkSocketOwners::cgroupProcesses(const std::unordered_set<std::uint64_t>& unknown,
+                                                      std::span<const LiveSocket> live)
+{
+    std::unordered_set<std::uint64_t> groups;
+    std::unordered_set<int> seen;
+    std::vector<int> pids;
+    for (const LiveSocket& socket : live) {
+        // A group is searched once per socket: what it did not show stays for the full walk,
+        // which is rate-limited.
+        if (!socket.cgroupId || !unknown.contains(socket.inode) || !cgroupSearched_.insert(socket.inode).second
+            || !groups.insert(*socket.cgroupId).second)
+            continue;
+        for (const int pid : cgroups_->processesOf(*socket.cgroupId))
+            if (seen.insert(pid).second)
+                pids.push_back(pid);
+    }
+    return pids;
+}
+
+void NetworkSocketOwners::update(std::span<const LiveSocket> live)
 {
     std::unordered_map<std::uint64_t, Owner> kept;
     std::unordered_set<std::uint64_t> keptUnowned;
     std::unordered_set<std::uint64_t> unknown;
     std::unordered_map<int, bool> alive;
-    for (const std::uint64_t inode : liveInodes) {
+    for (const LiveSocket& socket : live) {
+        const std::uint64_t inode = socket.inode;
         if (inode == 0)
             continue;
         if (const auto it = owners_.find(inode); it != owners_.end()) {
@@ -86,6 +108,11 @@ void NetworkSocketOwners::update(std::span<const std::uint64_t> liveInodes)
     if (unknown.empty())
         return;
 
+    if (cgroups_) {
+        std::erase_if(cgroupSearched_, [&](std::uint64_t inode) { return !unknown.contains(inode); });
+        if (const std::vector<int> pids = cgroupProcesses(unknown, live); !pids.empty())
+            scan(unknown, pids);
+    }
     std::vector<int> recent;
     for (const int pid : recentOwners_) {
         const auto known = alive.find(pid);

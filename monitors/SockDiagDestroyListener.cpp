@@ -17,6 +17,12 @@ UniqueFd subscribedSocket()
     UniqueFd fd(::socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_SOCK_DIAG));
     if (!fd)
         return {};
+    // The kernel sends these notices from port id 0 and skips the member whose port id equals
+    // the sender's, which an unbound socket's is: binding gets us a port id of our own.
+    sockaddr_nl self{};
+    self.nl_family = AF_NETLINK;
+    if (::bind(fd.get(), reinterpret_cast<sockaddr*>(&self), sizeof self) < 0)
+        return {};
     // A burst of closes is absorbed by the kernel's queue until the thread catches up; the
     // kernel caps the size at its own maximum.
     const int size = 1 << 20;

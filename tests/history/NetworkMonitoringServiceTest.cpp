@@ -98,13 +98,17 @@ TEST_F(NetworkMonitoringServiceTest, PagePeriodFollowsWhoIsWatchingWithoutRestar
 {
     set(false, false, false, true);
     ASSERT_TRUE(service->monitor().isPerAppRunning());
+    EXPECT_EQ(service->monitor().refreshInterval(), NetworkMonitoringService::kRecordingRefresh);
     set(true, false, false, true);
     EXPECT_EQ(service->monitor().perAppInterval(), NetworkMonitoringService::kRecordingInterval)
         << "recording keeps its shorter period while the page is shown";
+    EXPECT_EQ(service->monitor().refreshInterval(), NetworkMonitoringService::kPageInterval)
+        << "the page gets every connection's figures at its own period";
     set(true, false, false, false);
     EXPECT_EQ(service->monitor().perAppInterval(), NetworkMonitoringService::kPageInterval);
     set(false, false, false, true);
     EXPECT_EQ(service->monitor().perAppInterval(), NetworkMonitoringService::kRecordingInterval);
+    EXPECT_EQ(service->monitor().refreshInterval(), NetworkMonitoringService::kRecordingRefresh);
     // Only the first sample of the run was taken: no restart, so no second baseline sample.
     ASSERT_TRUE(test::waitUntil([&] { return samples->load() == 1; }));
     QTest::qWait(100);

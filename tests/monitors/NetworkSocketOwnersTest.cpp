@@ -7,12 +7,20 @@
 
 #include <filesystem>
 
+#include <sys/stat.h>
+
 #include <gtest/gtest.h>
 
 namespace tallowmere {
 namespace {
 
-using Inodes = std::vector<std::uint64_t>;
+struct Inodes : std::vector<LiveSocket> {
+    Inodes(std::initializer_list<std::uint64_t> inodes)
+    {
+        for (const std::uint64_t inode : inodes)
+            push_back({inode, std::nullopt});
+    }
+};
 
 // A /proc lookalike: process folders with comm files and fd links.
 class ProcTree {
@@ -46,7 +54,7 @@ TEST(NetworkSocketOwners, FindsOwnersInRecentProcessesFirstAndWalksEveryProcessA
     proc.process(200, "curl", {{3, "socket:[6001]"}, {4, "pipe:[77]"}});
     test::writeFile(QString::fromStdString(proc.path()), "self/comm", "not a pid\n");
     auto now = std::chrono::steady_clock::time_point{};
-    NetworkSocketOwners owners(proc.path(), [&] { return now; });
+    NetworkSocketOwners owners(proc.path(), std::nullopt, [&] { return now; });
     auto label = [&](std::uint64_t inode) { return owners.labelOf(inode) ? *owners.labelOf(inode) : QString(); };
 
     owners.update(Inodes{5001, 5002, 6001, 9999});
@@ -80,6 +88,43 @@ TEST(NetworkSocketOwners, FindsOwnersInRecentProcessesFirstAndWalksEveryProcessA
     owners.update(Inodes{5001, 6001, 7001});
     EXPECT_EQ(owners.scanCount(), 3);
     EXPECT_EQ(label(5001), "sleep.101");
+}
+
+TEST(NetworkSocketOwners, LooksInTheSocketsCgroupBeforeWalkingEveryProcess)
+{
+    ProcTree proc;
+    proc.process(100, "init", {{3, "socket:[6001]"}});
+    proc.process(400, "Web Content", {{7, "socket:[8001]"}});
+    QTemporaryDir cgroups;
+    test::writeFile(cgroups.path(), "cgroup.procs", "1\n100\n");
+    test::writeFile(cgroups.path(), "user.slice/app-web.scope/cgroup.procs", "401\nnot a pid\n400\n");
+    test::writeFile(cgroups.path(), "user.slice/cgroup.procs", "");
+    // A group's id is the inode number of its folder.
+    auto idOf = [&](const char* folder) {
+        struct stat info {};
+        ::stat(cgroups.filePath(folder).toLocal8Bit().constData(), &info);
+        return static_cast<std::uint64_t>(info.st_ino);
+    };
+    NetworkSocketOwners owners(proc.path(), cgroups.path().toStdString());
+
+    std::vector<LiveSocket> live{{6001, idOf(".")}, {8001, idOf("user.slice/app-web.scope")}};
+    owners.update(live);
+    EXPECT_EQ(owners.scanCount(), 0) << "no walk of every process";
+    ASSERT_NE(owners.labelOf(8001), nullptr);
+    EXPECT_EQ(*owners.labelOf(8001), "Web Content.400");
+    ASSERT_NE(owners.labelOf(6001), nullptr);
+
+    // A group that says nothing about the socket leaves it to the walk of every process.
+    proc.process(500, "ssh", {{3, "socket:[9001]"}});
+    live.push_back({9001, idOf("user.slice")});
+    owners.update(live);
+    EXPECT_EQ(owners.scanCount(), 1);
+    EXPECT_NE(owners.labelOf(9001), nullptr);
+}
+
+TEST(NetworkSocketOwners, ReadsCgroupProcessLists)
+{
+    EXPECT_EQ(parseCgroupProcs("12\n\n7x\n0\n345\n"), (std::vector<int>{12, 345}));
 }
 
 } // namespace

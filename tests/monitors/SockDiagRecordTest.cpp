@@ -25,37 +25,65 @@ void append(std::vector<std::byte>& out, std::uint16_t type, std::uint32_t seque
     std::memcpy(out.data() + at + NLMSG_HDRLEN, payload.data(), payload.size());
 }
 
-// One socket answer with `infoBytes` of tcp_info attached (0: none).
-void appendSocket(std::vector<std::byte>& out, std::uint32_t sequence, int family, const char* remote,
-                  std::uint32_t inode, std::size_t infoBytes, std::uint64_t received = 0, std::uint64_t acked = 0)
+// One socket answer or close notice: `infoBytes` of tcp_info (0: none), then optionally a
+// cgroup id behind a padding attribute, and a broken attribute at the end.
+struct Socket {
+    int family = AF_INET;
+    const char* remote = "203.0.113.7";
+    std::uint32_t inode = 0;
+    std::uint32_t cookie = 0;
+    std::uint32_t uid = 0;
+    std::uint8_t state = 1;  // established
+    std::size_t infoBytes = sizeof(tcp_info);
+    std::uint64_t received = 0, acked = 0;
+    std::optional<std::uint64_t> cgroup = {};
+    bool brokenTail = false;
+};
+
+void append(std::vector<std::byte>& out, std::uint32_t sequence, const Socket& socket)
 {
     inet_diag_msg message{};
-    message.idiag_family = static_cast<__u8>(family);
-    message.idiag_inode = inode;
-    inet_pton(family, remote, message.id.idiag_dst);
-    std::vector<std::byte> payload(NLMSG_ALIGN(sizeof message) + (infoBytes > 0 ? RTA_SPACE(infoBytes) : 0));
+    message.idiag_family = static_cast<__u8>(socket.family);
+    message.idiag_inode = socket.inode;
+    message.idiag_uid = socket.uid;
+    message.idiag_state = socket.state;
+    message.id.idiag_cookie[0] = socket.cookie;
+    message.id.idiag_cookie[1] = 1;
+    inet_pton(socket.family, socket.remote, message.id.idiag_dst);
+    std::vector<std::byte> payload(NLMSG_ALIGN(sizeof message));
     std::memcpy(payload.data(), &message, sizeof message);
-    if (infoBytes > 0) {
-        tcp_info info{};
-        info.tcpi_bytes_received = received;
-        info.tcpi_bytes_acked = acked;
-        const rtattr attribute{static_cast<unsigned short>(RTA_LENGTH(infoBytes)), INET_DIAG_INFO};
-        std::byte* at = payload.data() + NLMSG_ALIGN(sizeof message);
-        std::memcpy(at, &attribute, sizeof attribute);
-        std::memcpy(at + RTA_LENGTH(0), &info, std::min(infoBytes, sizeof info));
-    }
+    auto attribute = [&](unsigned short type, const void* data, std::size_t size, std::size_t length) {
+        const std::size_t at = payload.size();
+        payload.resize(at + RTA_SPACE(size));
+        const rtattr header{static_cast<unsigned short>(length), type};
+        std::memcpy(payload.data() + at, &header, sizeof header);
+        if (size > 0)
+            std::memcpy(payload.data() + at + RTA_LENGTH(0), data, size);
+    };
+    if (socket.cgroup)
+        attribute(INET_DIAG_PAD, nullptr, 0, RTA_LENGTH(0));
+    tcp_info info{};
+    info.tcpi_bytes_received = socket.received;
+    info.tcpi_bytes_acked = socket.acked;
+    if (socket.infoBytes > 0)
+        attribute(INET_DIAG_INFO, &info, socket.infoBytes, RTA_LENGTH(socket.infoBytes));
+    if (socket.cgroup)
+        attribute(INET_DIAG_CGROUP_ID, &*socket.cgroup, sizeof *socket.cgroup, RTA_LENGTH(sizeof *socket.cgroup));
+    if (socket.brokenTail)
+        attribute(INET_DIAG_MARK, nullptr, 0, 200);  // longer than what is left
     append(out, SOCK_DIAG_BY_FAMILY, sequence, payload);
 }
 
 TEST(SockDiagRecord, DecodesSocketsOfThisDumpUntilDoneAndFailsOnErrors)
 {
     std::vector<std::byte> buffer;
-    appendSocket(buffer, 7, AF_INET, "203.0.113.7", 4242, sizeof(tcp_info), 1000, 2000);
-    appendSocket(buffer, 7, AF_INET6, "::ffff:192.168.1.5", 4343, sizeof(tcp_info), 5, 6);
+    append(buffer, 7, {.inode = 4242, .received = 1000, .acked = 2000});
+    append(buffer, 7, {.family = AF_INET6, .remote = "::ffff:192.168.1.5", .received = 5, .acked = 6});
     // An older kernel's shorter tcp_info still holds both counters; a still shorter one does not.
-    appendSocket(buffer, 7, AF_INET6, "2606:4700::1", 1, offsetof(tcp_info, tcpi_bytes_received) + 8, 77, 88);
-    appendSocket(buffer, 7, AF_INET, "10.0.0.2", 2, offsetof(tcp_info, tcpi_bytes_received), 9, 9);
-    appendSocket(buffer, 7, AF_INET, "10.0.0.3", 3, 0);
+    append(buffer, 7, {.family = AF_INET6, .remote = "2606:4700::1", .infoBytes = offsetof(tcp_info, tcpi_bytes_received) + 8,
+                       .received = 77, .acked = 88});
+    append(buffer, 7, {.infoBytes = offsetof(tcp_info, tcpi_bytes_received), .received = 9, .acked = 9});
+    append(buffer, 7, {.infoBytes = 0});
     append(buffer, NLMSG_DONE, 7, std::vector<std::byte>(4));
     const SockDiagChunk chunk = decodeSockDiagChunk(buffer, 7);
     EXPECT_TRUE(chunk.done && !chunk.failed);
@@ -71,9 +99,9 @@ TEST(SockDiagRecord, DecodesSocketsOfThisDumpUntilDoneAndFailsOnErrors)
 
     // Other dumps are skipped; errors and broken lengths fail the dump.
     std::vector<std::byte> stale;
-    appendSocket(stale, 3, AF_INET, "10.0.0.1", 1, sizeof(tcp_info));
+    append(stale, 3, {.inode = 1});
     append(stale, NLMSG_DONE, 3, std::vector<std::byte>(4));
-    appendSocket(stale, 4, AF_INET, "10.0.0.2", 2, sizeof(tcp_info));
+    append(stale, 4, {.inode = 2});
     const SockDiagChunk skipped = decodeSockDiagChunk(stale, 4);
     EXPECT_FALSE(skipped.done) << "the end of an earlier dump does not end this one";
     ASSERT_EQ(skipped.records.size(), 1u);
@@ -82,54 +110,19 @@ TEST(SockDiagRecord, DecodesSocketsOfThisDumpUntilDoneAndFailsOnErrors)
     std::vector<std::byte> error, truncated;
     append(error, NLMSG_ERROR, 5, std::vector<std::byte>(20));
     EXPECT_TRUE(decodeSockDiagChunk(error, 5).failed);
-    appendSocket(truncated, 6, AF_INET, "10.0.0.1", 1, sizeof(tcp_info));
+    append(truncated, 6, {.inode = 1});
     truncated.resize(truncated.size() - 10);
     EXPECT_TRUE(decodeSockDiagChunk(truncated, 6).failed);
 }
 
-// Close notices as the kernel multicasts them: sequence 0, cookie set, inode 0, tcp_info and
-// a cgroup id after a padding attribute; a broken attribute keeps what came before it.
+// Close notices as the kernel multicasts them: sequence 0, cookie set, inode 0, state closed
+// (both FINs are in the counters, and our SYN); a broken attribute keeps what came before it.
 TEST(SockDiagRecord, DecodesCloseNoticesAndBoundsWhatIsKept)
 {
-    auto notice = [](std::uint32_t cookie, std::uint32_t uid, bool brokenTail) {
-        inet_diag_msg message{};
-        message.idiag_family = AF_INET;
-        message.idiag_uid = uid;
-        message.idiag_state = 7;  // closed: both FINs are in the counters, and our SYN
-        message.id.idiag_cookie[0] = cookie;
-        message.id.idiag_cookie[1] = 1;
-        inet_pton(AF_INET, "203.0.113.7", message.id.idiag_dst);
-        tcp_info info{};
-        info.tcpi_bytes_received = 10 * cookie;
-        info.tcpi_bytes_acked = 20 * cookie;
-        const std::uint64_t cgroup = 4242;
-        std::vector<std::byte> payload(NLMSG_ALIGN(sizeof message) + RTA_SPACE(0) + RTA_SPACE(sizeof info)
-                                       + RTA_SPACE(sizeof cgroup) + (brokenTail ? RTA_SPACE(0) : 0));
-        std::byte* at = payload.data();
-        auto put = [&](const void* data, std::size_t size, std::size_t advance) {
-            std::memcpy(at, data, size);
-            at += advance;
-        };
-        put(&message, sizeof message, NLMSG_ALIGN(sizeof message));
-        const rtattr pad{static_cast<unsigned short>(RTA_LENGTH(0)), INET_DIAG_PAD};
-        put(&pad, sizeof pad, RTA_SPACE(0));
-        const rtattr infoHeader{static_cast<unsigned short>(RTA_LENGTH(sizeof info)), INET_DIAG_INFO};
-        put(&infoHeader, sizeof infoHeader, RTA_LENGTH(0));
-        put(&info, sizeof info, RTA_ALIGN(sizeof info));
-        const rtattr cgroupHeader{static_cast<unsigned short>(RTA_LENGTH(sizeof cgroup)), INET_DIAG_CGROUP_ID};
-        put(&cgroupHeader, sizeof cgroupHeader, RTA_LENGTH(0));
-        put(&cgroup, sizeof cgroup, RTA_ALIGN(sizeof cgroup));
-        if (brokenTail) {
-            const rtattr broken{200, INET_DIAG_MARK};  // longer than what is left
-            put(&broken, sizeof broken, 0);
-        }
-        std::vector<std::byte> out;
-        append(out, SOCK_DIAG_BY_FAMILY, 0, payload);
-        return out;
-    };
-    std::vector<std::byte> buffer = notice(7, 1000, true);
-    for (const auto& more : {notice(8, 1001, false), notice(9, 1000, false), notice(10, 1000, false)})
-        buffer.insert(buffer.end(), more.begin(), more.end());
+    std::vector<std::byte> buffer;
+    for (const auto& [cookie, uid] : {std::pair{7u, 1000u}, {8u, 1001u}, {9u, 1000u}, {10u, 1000u}})
+        append(buffer, 0, {.cookie = cookie, .uid = uid, .state = 7, .received = 10 * cookie, .acked = 20 * cookie,
+                           .cgroup = 4242, .brokenTail = cookie == 7});
 
     std::vector<SockDiagRecord> kept;
     // Only uid 1000's, and at most two: the third of that user's is counted as lost.
