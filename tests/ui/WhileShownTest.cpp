@@ -11,11 +11,12 @@ namespace {
 
 // A window holding two pages, the way the main window stacks them.
 struct TwoPages {
+    // Before the window: a shown page reports itself gone while the window is destroyed.
+    QList<bool> changes;
     QWidget window;
     QStackedWidget* stack = new QStackedWidget(&window);
     QWidget* first = new QWidget;
     QWidget* second = new QWidget;
-    QList<bool> changes;
 
     TwoPages()
     {
