@@ -36,9 +36,8 @@ QHash<QString, double> numberMap(const PreferencesStore& store, QLatin1StringVie
     if (!object.found())
         return result;
     for (auto it = object.value.constBegin(); it != object.value.constEnd(); ++it) {
-        if (!it->isDouble())
-            return {};
-        result.insert(it.key(), it->toDouble());
+        if (it->isDouble())
+            result.insert(it.key(), it->toDouble());
     }
     return result;
 }
@@ -50,9 +49,8 @@ QHash<QString, bool> flagMap(const PreferencesStore& store, QLatin1StringView ke
     if (!object.found())
         return result;
     for (auto it = object.value.constBegin(); it != object.value.constEnd(); ++it) {
-        if (!it->isBool())
-            return {};
-        result.insert(it.key(), it->toBool());
+        if (it->isBool())
+            result.insert(it.key(), it->toBool());
     }
     return result;
 }

@@ -37,7 +37,7 @@ Enum choiceOr(const PreferencesStore& store, QLatin1StringView key,
     return fallback;
 }
 
-// Whole maps: one value of the wrong type empties the whole map.
+// Whole maps: an entry of the wrong type counts as missing; the others are kept.
 QHash<QString, double> numberMap(const PreferencesStore& store, QLatin1StringView key);
 QHash<QString, bool> flagMap(const PreferencesStore& store, QLatin1StringView key);
 

@@ -3,15 +3,11 @@
 #include "core/Detached.h"
 #include "core/Log.h"
 #include "core/Property.h"
-#include "core/WorkerPool.h"
 #include "monitors/NetworkCgroupProcesses.h"
 #include "monitors/NetworkFlowSource.h"
 #include "monitors/NetworkFlows.h"
 #include "monitors/NetworkInterfaceCounters.h"
 #include "monitors/NetworkReverseLookup.h"
-
-#include <QCoreApplication>
-#include <QPointer>
 
 #include <cmath>
 #include <memory>
@@ -25,14 +21,6 @@ constexpr std::chrono::milliseconds kThroughputPeriod{1000};
 std::chrono::milliseconds toPeriod(double seconds)
 {
     return std::chrono::milliseconds(std::llround(std::max(seconds, 0.0) * 1000.0));
-}
-
-// Name lookups may wait seconds on a slow resolver; they get threads of their own so they
-// never hold up the flow samples on the shared detached pool.
-QThreadPool& lookupPool()
-{
-    static const std::unique_ptr<QThreadPool> pool = makeWorkerPool(4, QThread::IdlePriority);
-    return *pool;
 }
 
 std::uint64_t grownBy(std::uint64_t now, std::uint64_t before)
@@ -163,19 +151,11 @@ void NetworkMonitor::resolveHost(const QString& ip)
     if (ip.isEmpty() || dnsCache_.contains(ip) || dnsInFlight_.contains(ip) || !sources_.reverseLookup)
         return;
     dnsInFlight_.insert(ip);
-    QPointer<NetworkMonitor> guard(this);
-    lookupPool().start([guard, lookup = sources_.reverseLookup, ip] {
-        std::optional<QString> name = lookup(ip);
-        QCoreApplication* app = QCoreApplication::instance();
-        if (!app)
-            return;
-        // Handed over through the application object, which outlives the monitor; the guard
-        // is read on the main thread, where the monitor is destroyed.
-        QMetaObject::invokeMethod(app, [guard, ip, name = std::move(name)] {
-            if (guard)
-                guard->hostResolved(ip, name);
-        }, Qt::QueuedConnection);
-    });
+    if (!lookups_) {
+        lookups_ = std::make_unique<ReverseLookups>(
+            sources_.reverseLookup, [this](const QString& ip, const std::optional<QString>& name) { hostResolved(ip, name); });
+    }
+    lookups_->start(ip);
 }
 
 void NetworkMonitor::hostResolved(const QString& ip, const std::optional<QString>& name)

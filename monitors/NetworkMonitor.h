@@ -12,10 +12,13 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
 namespace tallowmere {
+
+class ReverseLookups;
 
 // Where the monitor's figures come from. The system sources read this machine; tests hand in
 // their own counters, flow tables, name lookups and clock.
@@ -119,6 +122,7 @@ private:
     quint64 droppedCloses_ = 0;
     QHash<QString, QString> dnsCache_;
     QSet<QString> dnsInFlight_;
+    std::unique_ptr<ReverseLookups> lookups_;
 };
 
 } // namespace tallowmere

@@ -1,5 +1,11 @@
 #include "monitors/NetworkReverseLookup.h"
 
+#include "core/WorkerPool.h"
+
+#include <QMetaObject>
+#include <QMutex>
+#include <QThreadPool>
+
 #include <arpa/inet.h>
 #include <netdb.h>
 #include <netinet/in.h>
@@ -32,6 +38,57 @@ std::optional<QString> reverseLookup(const QString& ip)
     if (host[0] == '\0')
         return std::nullopt;
     return QString::fromUtf8(host);
+}
+
+namespace {
+
+// A slow resolver may hold a lookup for seconds; a few idle-priority threads of their own keep
+// lookups from holding up other background work.
+QThreadPool& lookupPool()
+{
+    static const std::unique_ptr<QThreadPool> pool = makeWorkerPool(4, QThread::IdlePriority);
+    return *pool;
+}
+
+} // namespace
+
+// Where workers post answers; empty once the owner is being destroyed.
+struct ReverseLookups::Mailbox {
+    QMutex mutex;
+    QObject* context = nullptr;
+};
+
+ReverseLookups::ReverseLookups(Lookup lookup, Deliver deliver)
+    : lookup_(std::move(lookup))
+    , deliver_(std::move(deliver))
+    , mailbox_(std::make_shared<Mailbox>())
+{
+    mailbox_->context = &context_;
+}
+
+ReverseLookups::~ReverseLookups()
+{
+    QMutexLocker lock(&mailbox_->mutex);
+    mailbox_->context = nullptr;
+}
+
+void ReverseLookups::start(const QString& ip)
+{
+    lookupPool().start([mailbox = mailbox_, lookup = lookup_, deliver = &deliver_, ip] {
+        {
+            QMutexLocker lock(&mailbox->mutex);
+            if (!mailbox->context)
+                return;
+        }
+        std::optional<QString> name = lookup(ip);
+        QMutexLocker lock(&mailbox->mutex);
+        // The answer runs on the context's thread, where the context and `deliver` are
+        // destroyed together, so it never finds `deliver` gone.
+        if (mailbox->context) {
+            QMetaObject::invokeMethod(mailbox->context, [deliver, ip, name = std::move(name)] { (*deliver)(ip, name); },
+                                      Qt::QueuedConnection);
+        }
+    });
 }
 
 } // namespace tallowmere

@@ -31,7 +31,7 @@ struct HeadlessProgram {
             env.remove(QStringLiteral("QT_QPA_PLATFORM"));
         }
         process.setProcessEnvironment(env);
-        process.start(QStringLiteral(TALLOWMERE_BINARY_DIR "/tallowmere"), arguments);
+        process.start(test::programPath(), arguments);
         ASSERT_TRUE(process.waitForStarted());
     }
 
@@ -94,15 +94,10 @@ TEST(HeadlessRun, OneCopyPerUserAndOverridesForThisRunOnly)
 
 TEST(HeadlessRun, HelpAndBadArguments)
 {
-    QProcess help;
-    help.start(QStringLiteral(TALLOWMERE_BINARY_DIR "/tallowmere"), {"--help"});
-    ASSERT_TRUE(help.waitForFinished(5000));
-    EXPECT_EQ(help.exitCode(), 0);
-    EXPECT_TRUE(help.readAllStandardOutput().contains("--headless"));
-
-    QProcess bad;
-    bad.start(QStringLiteral(TALLOWMERE_BINARY_DIR "/tallowmere"), {"--port", "1"});
-    ASSERT_TRUE(bad.waitForFinished(5000));
-    EXPECT_EQ(bad.exitCode(), 2);
-    EXPECT_TRUE(bad.readAllStandardError().contains("go with --headless"));
+    const test::ProgramRun help = test::runProgram(test::programPath(), {"--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_TRUE(help.out.contains("--headless"));
+    const test::ProgramRun bad = test::runProgram(test::programPath(), {"--port", "1"});
+    EXPECT_EQ(bad.exitCode, 2);
+    EXPECT_TRUE(bad.err.contains("go with --headless"));
 }

@@ -1,5 +1,6 @@
 #include "app/SnapshotCapture.h"
 #include "app/SnapshotGatherer.h"
+#include "tests/support/ManualScheduler.h"
 #include "tests/support/TestSupport.h"
 
 #include "hardware/SystemInfo.h"
@@ -17,21 +18,29 @@ namespace {
 
 constexpr std::uint64_t GiB = 1ull << 30;
 
-// Real services whose counters move by known steps on every sample.
+// Real services whose counters move by known steps on every sample, on the scheduler given.
 struct MovingServices {
+    explicit MovingServices(std::shared_ptr<Scheduler> scheduler = realScheduler())
+        : scheduler(std::move(scheduler))
+    {
+    }
+
+    std::shared_ptr<Scheduler> scheduler;
     std::uint32_t cpuReads = 0;
     std::uint64_t diskReads = 0, netReads = 0;
     CPUMonitoringService cpu{std::make_unique<CPUMonitor>(CPUSources{
         [this] { return std::optional(CPUTicks{100 + 30 * cpuReads, 50 + 10 * cpuReads, 850 + 60 * cpuReads++, 0}); },
-        [] { return ProcessSnapshot{}; }})};
+        [] { return ProcessSnapshot{}; }}, scheduler)};
     MemoryMonitoringService memory{std::make_unique<MemoryMonitor>(MemorySources{
-        [] { return std::optional(MemoryCounters{16 * GiB, 5 * GiB, 2 * GiB, GiB}); }, [] { return ProgramMemoryMap{}; }})};
+        [] { return std::optional(MemoryCounters{16 * GiB, 5 * GiB, 2 * GiB, GiB}); }, [] { return ProgramMemoryMap{}; }},
+        scheduler)};
     DiskMonitoringService disk{std::make_unique<DiskMonitor>(DiskSources{
         [] { return std::optional(VolumeCapacity{500 * GiB, 200 * GiB}); },
-        [this] { return std::optional(DiskCounters{diskReads * 1000000, diskReads++ * 3000000}); }})};
+        [this] { return std::optional(DiskCounters{diskReads * 1000000, diskReads++ * 3000000}); },
+        [this] { return std::chrono::system_clock::time_point(std::chrono::seconds(diskReads)); }}, scheduler)};
     NetworkMonitoringService network{nullptr, std::make_unique<NetworkMonitor>(NetworkMonitorSources{
         [this] { return ByteCounts{5000 + netReads * 1000, 7000 + netReads++ * 250}; }, [] { return std::optional<FlowSample>(); },
-        [](const QString&) { return std::optional<QString>(); }})};
+        [](const QString&) { return std::optional<QString>(); }}, scheduler)};
 
     std::vector<MonitoringService*> all() { return {&cpu, &memory, &disk, &network}; }
 };
@@ -46,7 +55,8 @@ SystemInfo sampleSystem()
 
 TEST(SnapshotGatherer, CopiesEveryServicesFiguresAndZerosForThoseGone)
 {
-    auto live = std::make_unique<MovingServices>();
+    auto scheduler = std::make_shared<test::ManualScheduler>();
+    auto live = std::make_unique<MovingServices>(scheduler);
     int systemReads = 0;
     SnapshotGatherer gatherer([] { return BatteryInfo::noBattery(); }, [&] { return ++systemReads, sampleSystem(); });
     gatherer.setServices({&live->cpu, &live->memory, &live->disk, &live->network});
@@ -55,11 +65,11 @@ TEST(SnapshotGatherer, CopiesEveryServicesFiguresAndZerosForThoseGone)
         s->setServerActive(true);
         s->updateMonitoring();
     }
-    // Every rate needs a second sample; the loops start one after the other.
-    ASSERT_TRUE(test::waitUntil([&] {
-        return !live->cpu.monitor().history().isEmpty() && !live->disk.monitor().history().isEmpty()
-            && !live->network.monitor().history().isEmpty();
-    }));
+    // Every rate needs a second sample, a period after the first.
+    scheduler->advance(std::chrono::seconds(1));
+    test::finishDetachedWork();
+    ASSERT_FALSE(live->cpu.monitor().history().isEmpty() || live->disk.monitor().history().isEmpty()
+                 || live->network.monitor().history().isEmpty());
 
     gatherer.cacheSystem();
     const StatsSnapshot s = gatherer.makeSnapshot();

@@ -109,7 +109,7 @@ double PulseServer::level() const
 {
     const QByteArray data = runTool(QStringLiteral("parec"), {QStringLiteral("-d"), QStringLiteral("out.monitor"),
         QStringLiteral("--raw"), QStringLiteral("--format=s16le"), QStringLiteral("--rate=8000"),
-        QStringLiteral("--channels=1"), QStringLiteral("--latency-msec=20")}, 600);
+        QStringLiteral("--channels=1"), QStringLiteral("--latency-msec=20")}, 400);
     // The first tenth of a second may still hold what was mixed before.
     const auto* samples = reinterpret_cast<const qint16*>(data.constData());
     double sum = 0.0;

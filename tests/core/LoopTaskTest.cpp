@@ -2,6 +2,7 @@
 #include "core/LoopTask.h"
 
 #include "tests/support/ManualScheduler.h"
+#include "tests/support/TestSupport.h"
 
 #include <QCoreApplication>
 
@@ -87,7 +88,5 @@ TEST(LoopTask, RealSchedulerRunsOnTheEventLoop)
 {
     int rounds = 0;
     auto loop = LoopTask::start(1ms, [&] { ++rounds; });
-    while (rounds < 3)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    SUCCEED();
+    EXPECT_TRUE(test::waitUntil([&] { return rounds >= 3; }));
 }

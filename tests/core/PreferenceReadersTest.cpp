@@ -45,18 +45,15 @@ TEST(PreferenceReaders, ChoicesFallBackOnUnknownTextAndWrongTypes)
     }
 }
 
-TEST(PreferenceReaders, OneBadEntryEmptiesAWholeMap)
+TEST(PreferenceReaders, MapsSkipEntriesOfTheWrongTypeAndKeepTheRest)
 {
     QTemporaryDir dir;
-    PreferencesStore good = storeWith(dir, R"({"v": {"a": 0.5, "b": 1}, "m": {"a": true}, "i": 7.5})");
-    EXPECT_EQ(prefs::numberMap(good, QLatin1StringView("v")).value(QStringLiteral("a")), 0.5);
-    EXPECT_EQ(prefs::numberMap(good, QLatin1StringView("v")).size(), 2);
-    EXPECT_TRUE(prefs::flagMap(good, QLatin1StringView("m")).value(QStringLiteral("a")));
+    const PreferencesStore store = storeWith(dir, R"({"v": {"a": 0.5, "b": "loud", "c": 1},
+        "m": {"a": true, "b": 1, "c": false}, "i": 7.5, "o": [1]})");
+    EXPECT_EQ(prefs::numberMap(store, QLatin1StringView("v")), (QHash<QString, double>{{"a", 0.5}, {"c", 1.0}}));
+    EXPECT_EQ(prefs::flagMap(store, QLatin1StringView("m")), (QHash<QString, bool>{{"a", true}, {"c", false}}));
+    EXPECT_TRUE(prefs::numberMap(store, QLatin1StringView("o")).isEmpty());
+    EXPECT_TRUE(prefs::numberMap(store, QLatin1StringView("absent")).isEmpty());
     // Not an integer: the reader's own default applies.
-    EXPECT_EQ(prefs::integerOr(good, QLatin1StringView("i"), 7), 7);
-
-    PreferencesStore bad = storeWith(dir, R"({"v": {"a": 0.5, "b": "loud"}, "m": {"a": true, "b": 1}})");
-    EXPECT_TRUE(prefs::numberMap(bad, QLatin1StringView("v")).isEmpty());
-    EXPECT_TRUE(prefs::flagMap(bad, QLatin1StringView("m")).isEmpty());
-    EXPECT_TRUE(prefs::numberMap(bad, QLatin1StringView("absent")).isEmpty());
+    EXPECT_EQ(prefs::integerOr(store, QLatin1StringView("i"), 7), 7);
 }

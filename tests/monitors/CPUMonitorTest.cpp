@@ -15,11 +15,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-std::string fixture(const char* name)
-{
-    return test::readFile(test::fixturePath(QStringLiteral("monitors/") + name)).toStdString();
-}
-
 // A monitor whose tick readings are taken from a queue the test fills.
 struct ScriptedCPU {
     std::deque<std::optional<CPUTicks>> readings;
@@ -55,7 +50,7 @@ TEST(CPUParsers, AggregateLineFoldsInterruptsAndStealIntoSystemAndIOWaitIntoIdle
     const auto ticks = parseCPUTicks("cpu  100 5 200 1000 50 7 3 2 9 9\ncpu0 1 1 1 1 1 1 1 1\n");
     ASSERT_TRUE(ticks);
     EXPECT_EQ(*ticks, (CPUTicks{100, 212, 1050, 5}));
-    EXPECT_TRUE(parseCPUTicks(fixture("proc_stat.txt")));
+    EXPECT_TRUE(parseCPUTicks(test::fixture("monitors/proc_stat.txt").toStdString()));
     // Old kernels stop after idle; anything shorter or not numeric is no reading.
     EXPECT_EQ(*parseCPUTicks("cpu 1 2 3 4\n"), (CPUTicks{1, 3, 4, 2}));
     EXPECT_FALSE(parseCPUTicks("cpu 1 2 3\n"));
@@ -66,14 +61,14 @@ TEST(CPUParsers, AggregateLineFoldsInterruptsAndStealIntoSystemAndIOWaitIntoIdle
 
 TEST(CPUParsers, ProcessStatLineWithBlanksAndParenthesesInTheName)
 {
-    const std::string oddText = fixture("pid_stat_odd_name.txt");
+    const std::string oddText = test::fixture("monitors/pid_stat_odd_name.txt").toStdString();
     const auto odd = parseProcessStat(oddText);
     ASSERT_TRUE(odd);
     EXPECT_EQ(odd->pid, 6295);
     EXPECT_EQ(odd->name, "we ird) (x");
     EXPECT_EQ(odd->residentPages, 407u);
 
-    const std::string kernelText = fixture("pid_stat_kthread.txt");
+    const std::string kernelText = test::fixture("monitors/pid_stat_kthread.txt").toStdString();
     const auto kernelThread = parseProcessStat(kernelText);
     ASSERT_TRUE(kernelThread);
     EXPECT_EQ(kernelThread->name, "kthreadd");
@@ -105,11 +100,8 @@ TEST(CPUMonitor, FirstAndRepeatedReadingsPublishNothing)
     EXPECT_DOUBLE_EQ(cpu.monitor.systemUsage(), 10.0);
     ASSERT_EQ(cpu.monitor.history().size(), 1);
     EXPECT_EQ(cpu.monitor.history().first(), (CPUHistoryPoint{0, 50.0}));
-}
 
-TEST(CPUMonitor, CountersWrappingPast32BitsGiveTheRightDifferences)
-{
-    ScriptedCPU cpu;
+    // Counters wrapping past 32 bits still give the right differences.
     const std::uint32_t nearTop = 0xFFFFFFF0u;
     cpu.readings = {CPUTicks{nearTop, 5, nearTop, 0}, CPUTicks{nearTop + 40, 15, nearTop + 50, 0}};
     cpu.monitor.sample();

@@ -36,7 +36,7 @@ TEST(DiskParsers, DiskstatsSumsOnlyTheNamedWholeDisks)
     EXPECT_EQ(parseDiskStats(text, {"sda", "nvme0n1"}), (DiskCounters{104 * 512, 308 * 512}));
     EXPECT_FALSE(parseDiskStats(text, {"vdb"}));
     EXPECT_FALSE(parseDiskStats("   8 0 sda 10 0\n", {"sda"}));
-    const auto fixture = test::readFile(test::fixturePath(QStringLiteral("monitors/diskstats.txt"))).toStdString();
+    const auto fixture = test::fixture("monitors/diskstats.txt").toStdString();
     EXPECT_EQ(parseDiskStats(fixture, {"vda"}), (DiskCounters{2826850ull * 512, 728616ull * 512}));
 }
 

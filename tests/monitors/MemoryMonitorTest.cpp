@@ -16,11 +16,6 @@ namespace {
 
 constexpr std::uint64_t GiB = 1024ull * 1024 * 1024;
 
-std::string fixture(const char* name)
-{
-    return test::readFile(test::fixturePath(QStringLiteral("monitors/") + name)).toStdString();
-}
-
 struct ScriptedMemory {
     std::optional<MemoryCounters> counters;
     ProgramMemoryMap programs;
@@ -50,11 +45,11 @@ TEST(MemoryParsers, MeminfoSplitsUsedIntoActiveWiredAndCompressed)
     EXPECT_FALSE(parseMemInfo("MemTotal: 100 kB\nMemFree: 90 kB\n"));
     EXPECT_FALSE(parseMemInfo("MemTotal: lots\nMemAvailable: 90 kB\n"));
 
-    const auto real = parseMemInfo(fixture("meminfo.txt"));
+    const auto real = parseMemInfo(test::fixture("monitors/meminfo.txt").toStdString());
     ASSERT_TRUE(real);
     EXPECT_EQ(real->installed, 24683620ull * 1024);
     EXPECT_EQ(parseZramMemUsed("4096 1024 8192 0 8192 0 0 0 0\n"), 8192u);
-    EXPECT_EQ(parseZramMemUsed(fixture("zram0_mm_stat.txt")), 0u);
+    EXPECT_EQ(parseZramMemUsed(test::fixture("monitors/zram0_mm_stat.txt").toStdString()), 0u);
     EXPECT_EQ(parseZramMemUsed("garbage"), 0u);
 }
 
@@ -76,7 +71,7 @@ TEST(MemoryParsers, PsOutputGroupedByWholeTaskName)
     EXPECT_EQ(programs.size(), 3u);
 
     EXPECT_TRUE(parsePsOutput(QByteArray("  10 caf\xff\xfe\n")).empty());
-    const auto real = parsePsOutput(test::readFile(test::fixturePath(QStringLiteral("monitors/ps_rss_comm.txt"))));
+    const auto real = parsePsOutput(test::fixture("monitors/ps_rss_comm.txt"));
     EXPECT_EQ(real.size(), 5u) << "the kernel threads of the capture are left out";
     EXPECT_FALSE(real.contains(QStringLiteral("kthreadd")));
     EXPECT_FALSE(real.contains(QStringLiteral("R-rcu_gp")));

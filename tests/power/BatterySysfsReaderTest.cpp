@@ -3,7 +3,6 @@
 
 #include "tests/support/TestSupport.h"
 
-#include <QDir>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -57,17 +56,6 @@ TEST(BatterySysfs, OddAndTruncatedFilesDoNotBreakTheReading)
     expected.amperage = 0;
     EXPECT_EQ(registryOf(root.path()), expected);
     EXPECT_FALSE(battery::registryAlone(expected));
-}
-
-TEST(BatterySysfs, ThisMachinesPowerSupplyClassReadsConsistently)
-{
-    const QDir dir(QStringLiteral("/sys/class/power_supply"));
-    bool hasSystemBattery = false;
-    for (const QString& name : dir.entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System)) {
-        hasSystemBattery |= test::readFile(dir.filePath(name) + "/type").trimmed() == "Battery"
-                            && test::readFile(dir.filePath(name) + "/scope").trimmed() != "Device";
-    }
-    EXPECT_EQ(readBatteryRegistry(QStringLiteral("/sys")).has_value(), hasSystemBattery);
 }
 
 } // namespace

@@ -86,15 +86,6 @@ TEST_F(KeepAwakeServiceTest, RestartReplacesTheEarlierTimer)
     EXPECT_FALSE(service->isActive());
 }
 
-TEST_F(KeepAwakeServiceTest, RealClockStartsTheCountdownAtOnce)
-{
-    KeepAwakeService service(store, test::missingBus(), test::missingBus());
-    service.start();
-    EXPECT_EQ(service.statusText(), QStringLiteral("Active · 29m left"));
-    // Nobody to hold the locks: every identifier stays 0, the session runs all the same.
-    EXPECT_EQ(service.sleepInhibitorId() | service.idleInhibitorId(), 0u);
-}
-
 TEST(KeepAwakeStatus, EndReachedBeforeTheExpiryRan)
 {
     const WallTime now{std::chrono::hours(500'000)};

@@ -6,33 +6,8 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 
-#include <algorithm>
 
 namespace tallowmere::test {
-
-std::unique_ptr<QObject> ManualClock::sleep(std::chrono::milliseconds delay, std::function<void()> wake)
-{
-    auto handle = std::make_unique<QObject>();
-    sleepers_.push_back({elapsed_ + delay, handle.get(), std::move(wake)});
-    return handle;
-}
-
-void ManualClock::advance(std::chrono::milliseconds by)
-{
-    const auto target = elapsed_ + by;
-    for (;;) {
-        std::erase_if(sleepers_, [](const Sleeper& s) { return s.handle.isNull(); });
-        const auto next = std::min_element(sleepers_.begin(), sleepers_.end(),
-                                           [](const Sleeper& a, const Sleeper& b) { return a.due < b.due; });
-        if (next == sleepers_.end() || next->due > target)
-            break;
-        elapsed_ = next->due;
-        const auto wake = std::move(next->wake);
-        sleepers_.erase(next);
-        wake();
-    }
-    elapsed_ = target;
-}
 
 InhibitBus::~InhibitBus()
 {

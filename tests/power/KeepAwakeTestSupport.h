@@ -2,34 +2,26 @@
 
 #include "power/KeepAwakeClock.h"
 
+#include "tests/support/ManualScheduler.h"
 #include "tests/support/PrivateBus.h"
 
-#include <QPointer>
 #include <QProcess>
-
-#include <vector>
 
 namespace tallowmere::test {
 
-// Time that moves only when the test says so; due sleeps fire in order as it passes.
+// The manual scheduler with a wall clock that moves along with it.
 class ManualClock : public KeepAwakeClock {
 public:
-    WallTime now() const override { return WallTime(std::chrono::hours(493'000)) + elapsed_; }
-    std::unique_ptr<QObject> sleep(std::chrono::milliseconds delay, std::function<void()> wake) override;
-    void advance(std::chrono::milliseconds by);
+    WallTime now() const override { return WallTime(std::chrono::hours(493'000)) + scheduler_.now(); }
+    std::unique_ptr<QObject> sleep(std::chrono::milliseconds delay, std::function<void()> wake) override
+    {
+        return scheduler_.sleep(delay, std::move(wake));
+    }
+    void advance(std::chrono::milliseconds by) { scheduler_.advance(by); }
 
 private:
-    struct Sleeper {
-        std::chrono::milliseconds due;
-        QPointer<QObject> handle;
-        std::function<void()> wake;
-    };
-    std::chrono::milliseconds elapsed_{0};
-    std::vector<Sleeper> sleepers_;
+    ManualScheduler scheduler_;
 };
-
-// A connection that never reached a bus.
-inline QDBusConnection missingBus() { return QDBusConnection(QStringLiteral("tallowmere-no-such-bus")); }
 
 // A login manager and a session screen saver on a private bus, and what they were asked.
 class InhibitBus {

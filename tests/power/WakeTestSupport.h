@@ -2,20 +2,9 @@
 
 #include "tests/support/TestSupport.h"
 
-#include <QFile>
 #include <QString>
 
 namespace tallowmere::test {
-
-// Writes an executable /bin/sh script.
-inline QString writeScript(const QString& path, const QByteArray& body)
-{
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        file.write("#!/bin/sh\n" + body);
-    file.setPermissions(file.permissions() | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther);
-    return path;
-}
 
 // A stand-in for systemctl that appends its arguments to `log` and, like the real one, links
 // an enabled timer into timers.target.wants below `unitDirectory` and unlinks a disabled one.

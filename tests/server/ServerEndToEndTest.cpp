@@ -10,16 +10,7 @@
 namespace tallowmere {
 namespace {
 
-const QString kProgram = QStringLiteral(TALLOWMERE_BINARY_DIR "/tallowmere");
-
-// Exit code and output of a child process, waited for.
-std::pair<int, QByteArray> run(const QString& program, const QStringList& arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    const bool finished = process.waitForFinished(30000);
-    return {finished ? process.exitCode() : -1, process.readAllStandardOutput()};
-}
+using test::runProgram;
 
 // The program itself, headless with the server on for this run, answered by curl.
 TEST(ServerEndToEnd, HeadlessProgramServesStatsMetricsAndMCP)
@@ -34,23 +25,23 @@ TEST(ServerEndToEnd, HeadlessProgramServesStatsMetricsAndMCP)
         if (!program.waitForFinished(20000))
             program.kill();
     });
-    program.start(kProgram, {QStringLiteral("--headless"), QStringLiteral("--server"), QStringLiteral("on"), QStringLiteral("--port"), port});
-    std::pair<int, QByteArray> stats;
-    EXPECT_TRUE(test::waitUntil([&] { return (stats = run(QStringLiteral("curl"), {QStringLiteral("-sf"), base + "/stats"})).first == 0; }, 20000));
-    const auto document = nlohmann::json::parse(stats.second.toStdString(), nullptr, false);
-    ASSERT_TRUE(document.is_object()) << stats.second.constData();
+    program.start(test::programPath(), {QStringLiteral("--headless"), QStringLiteral("--server"), QStringLiteral("on"), QStringLiteral("--port"), port});
+    test::ProgramRun stats;
+    EXPECT_TRUE(test::waitUntil([&] { return (stats = runProgram(QStringLiteral("curl"), {QStringLiteral("-sf"), base + "/stats"})).exitCode == 0; }, 20000));
+    const auto document = nlohmann::json::parse(stats.out.toStdString(), nullptr, false);
+    ASSERT_TRUE(document.is_object()) << stats.out.constData();
     EXPECT_GT(document.value("/memory/totalGB"_json_pointer, 0.0), 0);
     EXPECT_TRUE(document.contains("timestamp"));
 
-    EXPECT_TRUE(run(QStringLiteral("curl"), {QStringLiteral("-sf"), base + "/metrics"}).second.contains("\ntallowmere_memory_total_bytes "));
-    const auto mcp = run(QStringLiteral("curl"), {QStringLiteral("-sf"), QStringLiteral("-d"), QStringLiteral(R"({"id":1,"method":"tools/list"})"), base + "/mcp"});
-    EXPECT_TRUE(mcp.second.startsWith(R"({"id":1,"jsonrpc":"2.0","result":{"tools":[{"description")")) << mcp.second.constData();
+    EXPECT_TRUE(runProgram(QStringLiteral("curl"), {QStringLiteral("-sf"), base + "/metrics"}).out.contains("\ntallowmere_memory_total_bytes "));
+    const auto mcp = runProgram(QStringLiteral("curl"), {QStringLiteral("-sf"), QStringLiteral("-d"), QStringLiteral(R"({"id":1,"method":"tools/list"})"), base + "/mcp"});
+    EXPECT_TRUE(mcp.out.startsWith(R"({"id":1,"jsonrpc":"2.0","result":{"tools":[{"description")")) << mcp.out.constData();
 }
 
 TEST(ServerEndToEnd, SnapshotOptionPrintsOneDocumentWithRealRates)
 {
-    const auto [exitCode, out] = run(kProgram, {QStringLiteral("--snapshot")});
-    EXPECT_EQ(exitCode, 0);
+    const auto [exitCode, out, err] = runProgram(test::programPath(), {QStringLiteral("--snapshot")});
+    EXPECT_EQ(exitCode, 0) << err.constData();
     EXPECT_TRUE(out.startsWith("{\n  \"battery\" : {"));
     const auto document = nlohmann::json::parse(out.toStdString(), nullptr, false);
     ASSERT_TRUE(document.is_object()) << out.constData();

@@ -80,7 +80,7 @@ TEST_F(StatsServerTest, BadInputGetsNoAnswerAndHarmsNoOne)
     // Twenty silent clients and one slow one do not delay a prompt one.
     std::vector<std::future<test::ClientResult>> idle;
     for (int i = 0; i < 20; ++i)
-        idle.push_back(test::startClient({port, {"GET /st"}, {}, false, milliseconds(3000)}));
+        idle.push_back(test::startClient({port, {"GET /st"}, {}, false, milliseconds(2000)}));
     auto slow = test::startClient({port, {"GET ", "/stats ", "HTTP/1.1\r\n", "\r\n"}, milliseconds(500)});
     EXPECT_EQ(exchange(port, "GET /stats HTTP/1.1\r\n\r\n").status(), "HTTP/1.1 200 OK");
     EXPECT_NE(slow.wait_for(std::chrono::seconds(0)), std::future_status::ready);

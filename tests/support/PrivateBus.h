@@ -39,4 +39,7 @@ private:
     QString address_;
 };
 
+// A connection that never reached a bus: services given it run without their system peers.
+inline QDBusConnection missingBus() { return QDBusConnection(QStringLiteral("tallowmere-no-such-bus")); }
+
 } // namespace tallowmere::test

@@ -8,7 +8,6 @@
 #include "ui/popover/MenuBarStatsPopover.h"
 #include "ui/popover/PopoverCard.h"
 #include "ui/popover/PopoverTexts.h"
-#include "ui/popover/PowerSections.h"
 
 #include <QLabel>
 #include <QLocale>
@@ -124,15 +123,9 @@ TEST_F(PopoverTest, SectionsInOrderWithEmptyStates)
                                  "Keep display on", "Keep display off", "Lid closed", "10m", "30m", "1h", "\u221E",
                                  "Open Tallowmere", "Quit"})
         EXPECT_TRUE(texts.contains(QString::fromUtf8(expected))) << expected;
-    // A history of one sample is still being collected; without a battery there is no card.
-    EXPECT_TRUE(texts.contains(QStringLiteral("Collecting data\u2026")) || kit.cpu.monitor().history().size() < 2);
-    for (PopoverCard* card : popover->findChildren<PopoverCard*>()) {
-        if (card->accessibleName() == u"Battery") {
-            EXPECT_FALSE(card->isVisible());
-        }
-    }
-    EXPECT_NE(SleepWakeSection::sleepShortcutHint(), QStringLiteral("\u2318\u2325\u23CF"));
-    EXPECT_FALSE(SleepWakeSection::sleepShortcutHint().isEmpty());
+    // Without a battery there is no card.
+    for (PopoverCard* card : popover->findChildren<PopoverCard*>())
+        EXPECT_FALSE(card->accessibleName() == u"Battery" && card->isVisible());
 }
 
 TEST_F(PopoverTest, BatteryCardShowsChargeAndStatus)

