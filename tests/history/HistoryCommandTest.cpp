@@ -5,7 +5,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -44,20 +44,6 @@ TEST(HistoryCommand, PrintsTheCardsDataOfARangeWithoutChangingTheFile)
     const HistoryCommandResult unknown = runHistoryCommand("2W", dir.path(), test::stoppedClock(kNow));
     EXPECT_EQ(unknown.status, 1);
     EXPECT_TRUE(unknown.error.contains("1H, 24H, 7D or 30D")) << qPrintable(unknown.error);
-}
-
-TEST(HistoryCommand, ProgramExitsWithOneWhenThereIsNoDatabase)
-{
-    QTemporaryDir home;
-    QProcess process;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("XDG_DATA_HOME", home.filePath("data"));
-    process.setProcessEnvironment(env);
-    process.start(QStringLiteral(TALLOWMERE_BINARY_DIR "/tallowmere"), {"--history", "30D"});
-    ASSERT_TRUE(process.waitForFinished(10'000));
-    EXPECT_EQ(process.exitCode(), 1);
-    EXPECT_TRUE(process.readAllStandardError().contains("no network history"));
-    EXPECT_FALSE(QFileInfo::exists(home.filePath("data/Tallowmere/network-usage.sqlite")));
 }
 
 } // namespace

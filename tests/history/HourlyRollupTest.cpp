@@ -156,7 +156,6 @@ TEST_F(HourlyRollupTest, WriteFailuresAreCountedAndLeaveTheFileIntact)
     ::getrlimit(RLIMIT_FSIZE, &original);
     const rlimit capped{4096, original.rlim_max};
     ::setrlimit(RLIMIT_FSIZE, &capped);
-    std::mt19937 random(3);
     for (int i = 0; i < 20; ++i) {
         std::vector<FlowDelta> many;
         for (int j = 0; j < 200; ++j)

@@ -104,8 +104,6 @@ TEST_F(NetworkMonitoringServiceTest, PagePeriodFollowsWhoIsWatchingWithoutRestar
         << "recording keeps its shorter period while the page is shown";
     EXPECT_EQ(service->monitor().refreshInterval(), NetworkMonitoringService::kPageInterval)
         << "the page gets every connection's figures at its own period";
-    set(true, false, false, false);
-    EXPECT_EQ(service->monitor().perAppInterval(), NetworkMonitoringService::kPageInterval);
     set(false, false, false, true);
     EXPECT_EQ(service->monitor().perAppInterval(), NetworkMonitoringService::kRecordingInterval);
     EXPECT_EQ(service->monitor().refreshInterval(), NetworkMonitoringService::kRecordingRefresh);

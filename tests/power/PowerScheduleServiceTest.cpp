@@ -71,19 +71,6 @@ struct PowerScheduleTest : ::testing::Test {
 
 } // namespace
 
-TEST_F(PowerScheduleTest, CreationReadsWithoutWritingOrRunning)
-{
-    const QByteArray json = R"({"wakeScheduleEnabled": true, "wakeScheduleHour": 31, "wakeScheduleMinute": 50})";
-    test::writeFile(dir.path(), QStringLiteral("preferences.json"), json);
-    open();
-    // The hour is taken as stored; the minute is cut down to a quarter.
-    EXPECT_EQ(time(), QStringLiteral("31:45"));
-    EXPECT_EQ(take(), "");
-    EXPECT_EQ(test::readFile(prefsPath), json);
-    EXPECT_FALSE(service->wakeInstalled());
-    EXPECT_EQ(service->wakeProblem(), QStringLiteral("The wake timer is not installed."));
-}
-
 TEST_F(PowerScheduleTest, CorrectedValuesAreStoredAndAppliedOnce)
 {
     open();
@@ -181,11 +168,18 @@ TEST_F(PowerScheduleTest, MissingPkexecOrHelperOrRefusalKeepsTheScheduleStored)
     }
 }
 
-TEST_F(PowerScheduleTest, TheOldUserTimerIsRemovedAtStart)
+TEST_F(PowerScheduleTest, CreationReadsWithoutWritingAndOnlyRemovesTheOldUserTimer)
 {
+    const QByteArray json = R"({"wakeScheduleEnabled": true, "wakeScheduleHour": 31, "wakeScheduleMinute": 50})";
+    test::writeFile(dir.path(), QStringLiteral("preferences.json"), json);
     test::writeFile(tools.oldUserUnitDirectory, QStringLiteral("tallowmere-wake.timer"), "[Timer]\n");
     test::writeFile(tools.oldUserUnitDirectory, QStringLiteral("tallowmere-wake.service"), "[Service]\n");
     open();
     EXPECT_EQ(take(), "--user disable --now tallowmere-wake.timer\n--user daemon-reload\n");
     EXPECT_TRUE(QDir(tools.oldUserUnitDirectory).isEmpty());
+    // The hour is taken as stored; the minute is cut down to a quarter.
+    EXPECT_EQ(time(), QStringLiteral("31:45"));
+    EXPECT_EQ(test::readFile(prefsPath), json);
+    EXPECT_FALSE(service->wakeInstalled());
+    EXPECT_EQ(service->wakeProblem(), QStringLiteral("The wake timer is not installed."));
 }

@@ -2,6 +2,7 @@
 #include "tests/support/LoopbackConnection.h"
 
 #include <QProcess>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -14,11 +15,11 @@ namespace {
 
 using test::LoopbackConnection;
 
-// build/tallowmere --headless --record on, with data and settings in temporary folders; the
-// QProcess kills a program still running when the test ends.
-class HeadlessRecordingTest : public ::testing::Test {
+// build/tallowmere (by default --headless --record on), with data and settings in temporary
+// folders; the QProcess kills a program still running when the test ends.
+class ProgramRunTest : public ::testing::Test {
 protected:
-    void start(const QString& dataHome)
+    void start(const QString& dataHome, const QStringList& arguments = {"--headless", "--record", "on"})
     {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert("XDG_DATA_HOME", dataHome);
@@ -26,7 +27,7 @@ protected:
         for (const char* display : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
             env.remove(display);
         process.setProcessEnvironment(env);
-        process.start(QStringLiteral(TALLOWMERE_BINARY_DIR "/tallowmere"), {"--headless", "--record", "on"});
+        process.start(QStringLiteral(TALLOWMERE_BINARY_DIR "/tallowmere"), arguments);
         ASSERT_TRUE(process.waitForStarted());
     }
     bool stderrContains(const QString& text)
@@ -50,7 +51,7 @@ protected:
     QByteArray errors;
 };
 
-TEST_F(HeadlessRecordingTest, RecordsRealTrafficAndKeepsCommittedBatchesThroughSigkill)
+TEST_F(ProgramRunTest, RecordsRealTrafficAndKeepsCommittedBatchesThroughSigkill)
 {
     // The connection exists before the first sample, which takes the baseline at launch.
     LoopbackConnection connection;
@@ -73,7 +74,7 @@ TEST_F(HeadlessRecordingTest, RecordsRealTrafficAndKeepsCommittedBatchesThroughS
     EXPECT_TRUE(in >= down && out >= up) << "in " << in << " out " << out;
 }
 
-TEST_F(HeadlessRecordingTest, UnusableDataDirectoryGivesOneMessageAndTheProgramRunsOn)
+TEST_F(ProgramRunTest, UnusableDataDirectoryGivesOneMessageAndTheProgramRunsOn)
 {
     // A regular file where the data folder should be: no privilege can create a folder in it.
     test::writeFile(home.path(), "not-a-folder", {});
@@ -86,6 +87,15 @@ TEST_F(HeadlessRecordingTest, UnusableDataDirectoryGivesOneMessageAndTheProgramR
     process.terminate();
     ASSERT_TRUE(process.waitForFinished(5000));
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+}
+
+TEST_F(ProgramRunTest, HistoryCommandExitsWithOneWhenThereIsNoDatabase)
+{
+    start(home.filePath("data"), {"--history", "30D"});
+    ASSERT_TRUE(process.waitForFinished(10'000));
+    EXPECT_EQ(process.exitCode(), 1);
+    EXPECT_TRUE(stderrContains("no network history"));
+    EXPECT_FALSE(QFileInfo::exists(database()));
 }
 
 } // namespace
