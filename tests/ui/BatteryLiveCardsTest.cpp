@@ -1,12 +1,6 @@
 #include "power/BatteryMonitoringService.h"
-#include "tests/support/ManualScheduler.h"
 #include "tests/ui/WindowTestKit.h"
 #include "ui/components/InfoRow.h"
-#include "ui/components/Theme.h"
-#include "ui/live/LiveCards.h"
-#include "ui/pages/InventoryPage.h"
-
-#include <QLabel>
 
 #include <algorithm>
 

@@ -1,17 +1,11 @@
 #include "hardware/CameraMonitoringService.h"
 #include "tests/hardware/CameraFakeLayer.h"
-#include "tests/support/ManualScheduler.h"
 #include "tests/support/TestSupport.h"
 #include "tests/ui/WindowTestKit.h"
 #include "ui/components/InfoRow.h"
-#include "ui/components/Theme.h"
-#include "ui/live/LiveCards.h"
-#include "ui/pages/InventoryPage.h"
 
 #include <QDir>
 #include <QFile>
-#include <QLabel>
-#include <QStackedWidget>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -21,17 +15,11 @@ namespace {
 
 // The camera page beside another page in a window, over a machine with two cameras that the
 // test lets other processes open.
-struct CameraPage : ::testing::Test {
+struct CameraPage : ::testing::Test, test::LivePageKit {
     QTemporaryDir root;
     std::shared_ptr<test::FakeVideoLayer> layer = std::make_shared<test::FakeVideoLayer>();
-    std::shared_ptr<test::ManualScheduler> scheduler = std::make_shared<test::ManualScheduler>();
     CameraMonitoringService service{layer, CameraRoots{root.filePath("dev"), root.filePath("sys"), root.filePath("proc")},
                                     scheduler};
-    test::WindowTestKit kit;
-    QWidget window;
-    QStackedWidget* stack = new QStackedWidget(&window);
-    QWidget* other = new QWidget;
-    InventoryPage* page = new InventoryPage(Theme::darkTheme(), makeSpecPage(SpecCategory::camera, kit.inputs));
 
     void SetUp() override
     {
@@ -41,20 +29,15 @@ struct CameraPage : ::testing::Test {
         }
         WindowServices services = kit.services();
         services.camera = &service;
-        addLiveCards(Theme::darkTheme(), services, SpecCategory::camera, *page);
-        stack->addWidget(other);
-        stack->addWidget(page);
-        window.show();
+        build(SpecCategory::camera, services);
     }
     // Another process opens the node; the next poll sees it.
     void openElsewhere(const char* node, int pid)
     {
         const QString fds = root.filePath(QStringLiteral("proc/%1/fd").arg(pid));
         ASSERT_TRUE(QDir().mkpath(fds) && QFile::link(QStringLiteral("/dev/") + node, fds + QStringLiteral("/5")));
-        scheduler->advance(std::chrono::seconds(2));
-        test::finishDetachedWork();
+        advance(std::chrono::seconds(2));
     }
-    QString text(const char* name) const { return page->findChild<QLabel*>(name)->text(); }
     bool emptyShown() const { return page->findChild<QWidget*>("emptyState")->isVisibleTo(page); }
 };
 

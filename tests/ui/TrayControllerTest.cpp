@@ -8,12 +8,14 @@
 
 using namespace tallowmere;
 
-TEST(MenuBarController, OpenAppRaisesAVisibleWindowElseAsksForOne)
+TEST(MenuBarController, OpenAppRaisesAVisibleWindowElseAsksForOneAndQuitEndsTheProgram)
 {
     test::TrayTestKit kit;
     MenuBarController controller(test::missingBus());
     int asked = 0;
+    int quits = 0;
     controller.openMainWindow = [&] { ++asked; };
+    controller.quit = [&] { ++quits; };
     controller.setServices(kit.services());
     controller.installStatusItem();
     ASSERT_TRUE(controller.hasStatusItem());
@@ -28,16 +30,7 @@ TEST(MenuBarController, OpenAppRaisesAVisibleWindowElseAsksForOne)
     window.show();
     controller.openApp();
     EXPECT_EQ(asked, 1) << "a visible window is only brought forward";
-}
 
-TEST(MenuBarController, QuitFromTheMenuAndPopoverEndsTheProgram)
-{
-    test::TrayTestKit kit;
-    MenuBarController controller(test::missingBus());
-    int quits = 0;
-    controller.quit = [&] { ++quits; };
-    controller.setServices(kit.services());
-    controller.installStatusItem();
     controller.popover()->onQuit();
     EXPECT_EQ(quits, 1);
 

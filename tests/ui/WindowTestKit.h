@@ -3,9 +3,15 @@
 #include "core/AppSettings.h"
 #include "core/PreferencesStore.h"
 #include "server/StatsServer.h"
+#include "tests/support/ManualScheduler.h"
+#include "ui/components/Theme.h"
+#include "ui/live/LiveCards.h"
+#include "ui/pages/InventoryPage.h"
 #include "ui/window/WindowServices.h"
 #include "update/UpdateService.h"
 
+#include <QLabel>
+#include <QStackedWidget>
 #include <QTemporaryDir>
 
 namespace tallowmere::test {
@@ -70,6 +76,37 @@ struct WindowTestKit {
                 return inputs;
             },
         };
+    }
+};
+
+// A live page built the way the main window builds it, stacked behind another page in a
+// window; its services sleep on a scheduler the test moves on.
+struct LivePageKit {
+    WindowTestKit kit;
+    std::shared_ptr<ManualScheduler> scheduler = std::make_shared<ManualScheduler>();
+    QWidget window;
+    QStackedWidget* stack = new QStackedWidget(&window);
+    QWidget* other = new QWidget;
+    InventoryPage* page = nullptr;
+
+    void build(SpecCategory category, const WindowServices& services)
+    {
+        page = new InventoryPage(Theme::darkTheme(), makeSpecPage(category, kit.inputs));
+        addLiveCards(Theme::darkTheme(), services, category, *page);
+        stack->addWidget(other);
+        stack->addWidget(page);
+        stack->resize(900, 1400);
+        window.show();
+    }
+    void advance(std::chrono::milliseconds by)
+    {
+        scheduler->advance(by);
+        finishDetachedWork();
+    }
+    QString text(const char* name) const
+    {
+        const auto* label = page->findChild<QLabel*>(name);
+        return label ? label->text() : QStringLiteral("(no %1)").arg(QLatin1String(name));
     }
 };
 
