@@ -21,7 +21,7 @@ namespace {
 
 SidebarSelection page(SpecCategory c)
 {
-    return SidebarSelection::spec(c);
+    return SidebarSelection::forCategory(c);
 }
 
 struct MainWindowTest : ::testing::Test {
@@ -89,8 +89,8 @@ TEST(MainWindow, LivePagesGetTheirLiveCardsOnceWhenFirstShown)
     };
     MainWindow window(Theme::darkTheme(), std::move(services));
     for (SpecCategory category : allSpecCategories())
-        window.select(SidebarSelection::spec(category));
-    window.select(SidebarSelection::spec(SpecCategory::cpu));
+        window.select(SidebarSelection::forCategory(category));
+    window.select(SidebarSelection::forCategory(SpecCategory::cpu));
     EXPECT_EQ(filled, QList<SpecCategory>({SpecCategory::cpu, SpecCategory::ram, SpecCategory::battery, SpecCategory::storage,
                                             SpecCategory::camera, SpecCategory::network}));
 }

@@ -41,7 +41,7 @@ struct SidebarSelection {
     bool settings = false;
     SpecCategory category = SpecCategory::summary;
 
-    static SidebarSelection spec(SpecCategory c) { return {false, c}; }
+    static SidebarSelection forCategory(SpecCategory c) { return {false, c}; }
     static SidebarSelection settingsPage() { return {true, SpecCategory::summary}; }
 
     bool operator==(const SidebarSelection& other) const

@@ -37,7 +37,7 @@ int keyOf(const SidebarSelection& selection)
 
 SidebarSelection selectionOf(int key)
 {
-    return key == settingsKey ? SidebarSelection::settingsPage() : SidebarSelection::spec(static_cast<SpecCategory>(key));
+    return key == settingsKey ? SidebarSelection::settingsPage() : SidebarSelection::forCategory(static_cast<SpecCategory>(key));
 }
 
 QColor sidebarColor(const Theme& theme)
@@ -151,7 +151,7 @@ MainWindow::MainWindow(const Theme& theme, WindowServices services, QWidget* par
     setCentralWidget(splitter);
 
     connect(&services_.updateService, &UpdateService::stateChanged, this, &MainWindow::onUpdateStateChanged);
-    select(SidebarSelection::spec(SpecCategory::summary));
+    select(SidebarSelection::forCategory(SpecCategory::summary));
     onUpdateStateChanged();
 }
 

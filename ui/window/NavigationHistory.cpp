@@ -3,8 +3,8 @@
 namespace tallowmere {
 
 NavigationHistory::NavigationHistory()
-    : selection_(SidebarSelection::spec(SpecCategory::summary))
-    , entries_{SidebarSelection::spec(SpecCategory::summary)}
+    : selection_(SidebarSelection::forCategory(SpecCategory::summary))
+    , entries_{SidebarSelection::forCategory(SpecCategory::summary)}
 {
 }
 

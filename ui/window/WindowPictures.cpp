@@ -99,7 +99,7 @@ QList<std::pair<QString, QImage>> renderWindowPages(WindowServices services, con
     {
         std::unique_ptr<MainWindow> window = openWindow(theme, services);
         for (SpecCategory category : allSpecCategories()) {
-            window->select(SidebarSelection::spec(category));
+            window->select(SidebarSelection::forCategory(category));
             if (hasLiveCards(*window))
                 live.append(category);
             else
@@ -111,7 +111,7 @@ QList<std::pair<QString, QImage>> renderWindowPages(WindowServices services, con
     std::vector<std::unique_ptr<MainWindow>> windows;
     for (SpecCategory category : live) {
         windows.push_back(openWindow(theme, services));
-        windows.back()->select(SidebarSelection::spec(category));
+        windows.back()->select(SidebarSelection::forCategory(category));
     }
     runEventsFor(sampling);
     for (qsizetype i = 0; i < live.size(); ++i) {
