@@ -6,6 +6,7 @@
 // adds the worker's queries to the main thread's share.
 #include "app/AppServices.h"
 #include "app/WindowSeam.h"
+#include "bench/support/PrivateServices.h"
 #include "bench/support/UsageHistoryFile.h"
 #include "core/AppSettings.h"
 #include "core/PreferencesStore.h"
@@ -20,7 +21,6 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -100,16 +100,7 @@ struct LivePages {
 
     explicit LivePages(SpecCategory category)
     {
-        QFile prefs(dir.filePath(QStringLiteral("preferences.json")));
-        prefs.open(QIODevice::WriteOnly);
-        prefs.write(R"({"menuBarEnabled": false, "localServerEnabled": false, "networkRecordingEnabled": false})");
-        prefs.close();
-        AppEnvironment options = AppEnvironment::forThisMachine();
-        options.roots.config = dir.path();
-        options.roots.data = dir.path();
-        options.feedUrl = QUrl();
-        options.serverPort = 0;
-        services = std::make_unique<AppServices>(options);
+        services = bench::makePrivateServices(dir.path());
         page = std::make_unique<InventoryPage>(Theme::darkTheme(), PageRecord{.category = category, .hasLiveCards = true});
         addLiveCards(Theme::darkTheme(), makeWindowServices(*services), category, *page);
         page->resize(1000, 800);

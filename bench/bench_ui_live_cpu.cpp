@@ -4,6 +4,7 @@
 #include "app/AppLifecycle.h"
 #include "app/AppServices.h"
 #include "app/WindowSeam.h"
+#include "bench/support/PrivateServices.h"
 #include "monitors/CPUMonitoringService.h"
 #include "monitors/MemoryMonitoringService.h"
 #include "ui/components/Theme.h"
@@ -33,17 +34,7 @@ struct Program {
 
     explicit Program(bool switchesOff)
     {
-        if (switchesOff) {
-            QFile prefs(dir.filePath(QStringLiteral("preferences.json")));
-            prefs.open(QIODevice::WriteOnly);
-            prefs.write(R"({"menuBarEnabled": false, "localServerEnabled": false, "networkRecordingEnabled": false})");
-        }
-        AppEnvironment options = AppEnvironment::forThisMachine();
-        options.roots.config = dir.path();
-        options.roots.data = dir.path();
-        options.feedUrl = QUrl();
-        options.serverPort = 0;
-        services = std::make_unique<AppServices>(options);
+        services = bench::makePrivateServices(dir.path(), switchesOff);
     }
 };
 
@@ -186,7 +177,7 @@ static void BM_ProgramWithCpuPageOpen(benchmark::State& state)
             state.SkipWithError("no main window");
             return;
         }
-        window->select(SidebarSelection::spec(SpecCategory::cpu));
+        window->select(SidebarSelection::forCategory(SpecCategory::cpu));
         QEventLoop settle;
         QTimer::singleShot(3000, &settle, &QEventLoop::quit);
         settle.exec();

@@ -2,6 +2,7 @@
 // live page does per sample. Drawn on the offscreen platform.
 #include "app/AppServices.h"
 #include "app/WindowSeam.h"
+#include "bench/support/PrivateServices.h"
 #include "power/BatteryMonitoringService.h"
 #include "ui/components/Theme.h"
 #include "ui/live/LiveCards.h"
@@ -74,12 +75,7 @@ struct BatteryPage {
 
     BatteryPage()
     {
-        AppEnvironment options = AppEnvironment::forThisMachine();
-        options.roots.config = dir.path();
-        options.roots.data = dir.path();
-        options.feedUrl = QUrl();
-        options.serverPort = 0;
-        services = std::make_unique<AppServices>(options);
+        services = bench::makePrivateServices(dir.path(), false);
         WindowServices window = makeWindowServices(*services);
         window.battery = &battery;
         addLiveCards(Theme::darkTheme(), window, SpecCategory::battery, page);

@@ -4,6 +4,7 @@
 #include "app/AppLifecycle.h"
 #include "app/AppServices.h"
 #include "app/WindowSeam.h"
+#include "bench/support/PrivateServices.h"
 #include "monitors/CPUMonitor.h"
 #include "monitors/DiskMonitor.h"
 #include "monitors/MemoryMonitor.h"
@@ -61,16 +62,7 @@ struct Program {
 
     Program()
     {
-        QFile prefs(dir.filePath(QStringLiteral("preferences.json")));
-        prefs.open(QIODevice::WriteOnly);
-        prefs.write(R"({"menuBarEnabled": false, "localServerEnabled": false, "networkRecordingEnabled": false})");
-        prefs.close();
-        AppEnvironment options = AppEnvironment::forThisMachine();
-        options.roots.config = dir.path();
-        options.roots.data = dir.path();
-        options.feedUrl = QUrl();
-        options.serverPort = 0;
-        services = std::make_unique<AppServices>(options);
+        services = bench::makePrivateServices(dir.path());
     }
 };
 
@@ -87,7 +79,7 @@ QList<SidebarSelection> everyPage()
 {
     QList<SidebarSelection> pages;
     for (SpecCategory category : allSpecCategories())
-        pages.append(SidebarSelection::spec(category));
+        pages.append(SidebarSelection::forCategory(category));
     pages.append(SidebarSelection::settingsPage());
     return pages;
 }
